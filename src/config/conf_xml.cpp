@@ -1,0 +1,153 @@
+// The XML reader: elements and text only, found by repeated string search.
+// The end of an element is found by counting opening and closing tags of the
+// same name; other tags are not looked at until their content is split.
+#include <fstream>
+#include <memory>
+#include <string_view>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+
+namespace velmora {
+
+namespace {
+
+// Model files nest a handful of levels; deeper documents are refused so that
+// the recursive descent can neither exhaust the stack nor copy without end.
+const unsigned kMaxDepth = 100;
+
+Exception parseError(int line) { return Exception("conf", line, "XML parse error."); }
+
+std::string::size_type skipBlanks(const std::string& text, std::string::size_type pos,
+                                  std::string::size_type end) {
+    while (pos < end && text[pos] == ' ') ++pos;
+    return pos;
+}
+
+// First occurrence of `pattern` starting in [from, limit), or npos.
+std::string::size_type findBefore(const std::string& text, const std::string& pattern,
+                                  std::string::size_type from, std::string::size_type limit) {
+    if (from >= limit) return std::string::npos;
+    std::string_view window(text);
+    window = window.substr(0, std::min(text.size(), limit + pattern.size() - 1));
+    return window.find(pattern, from);
+}
+
+XMLElement* parseInto(std::string text, XMLElement* parent, unsigned depth) {
+    if (depth > kMaxDepth) throw parseError(__LINE__);
+    std::vector<std::pair<std::string, std::string>> parts = XMLConfig::splitXML(text);
+    if (parent == nullptr) {
+        if (parts.size() != 1) throw parseError(__LINE__);
+        std::unique_ptr<XMLElement> element(new XMLElement(parts[0].first, ""));
+        parseInto(parts[0].second, element.get(), depth + 1);
+        return element.release();
+    }
+    for (auto& part : parts) {
+        if (part.first.empty()) {
+            parent->setValue(part.second);
+            continue;
+        }
+        std::unique_ptr<XMLElement> child(new XMLElement(part.first, ""));
+        parseInto(part.second, child.get(), depth + 1);
+        parent->addChildElement(child.release());
+    }
+    return parent;
+}
+
+}  // namespace
+
+XMLElement::XMLElement(std::string tag, std::string value) : tag(std::move(tag)), value(std::move(value)) {}
+
+XMLElement::~XMLElement() {
+    for (XMLElement* child : children) delete child;
+}
+
+void XMLElement::setTag(std::string newTag) { tag = newTag; }
+std::string XMLElement::getTag() { return tag; }
+void XMLElement::setValue(std::string newValue) { value = newValue; }
+std::string XMLElement::getValue() { return value; }
+std::vector<XMLElement*> XMLElement::getChildElements() { return children; }
+
+XMLElement* XMLElement::getChildElement(std::string childTag) {
+    for (XMLElement* child : children)
+        if (child->tag == childTag) return child;
+    return nullptr;
+}
+
+void XMLElement::addChildElement(XMLElement* child) { children.push_back(child); }
+
+XMLConfig::XMLConfig(std::string file) : root(nullptr) {
+    std::ifstream in(file.c_str());
+    if (!in.is_open()) throw Exception("conf", __LINE__, "Cannot open file.");
+    // Lines are joined with nothing between them.
+    std::string text;
+    std::string line;
+    while (std::getline(in, line)) text += line;
+    root = parseXML(text, nullptr);
+}
+
+XMLConfig::~XMLConfig() { delete root; }
+
+XMLElement* XMLConfig::getDocumentRoot() { return root; }
+
+XMLElement* XMLConfig::parseXML(std::string text, XMLElement* parent) { return parseInto(text, parent, 0); }
+
+std::vector<std::pair<std::string, std::string>> XMLConfig::splitXML(std::string text) {
+    std::vector<std::pair<std::string, std::string>> parts;
+    // The rest of the text is [begin, end); it is walked by position, not copied.
+    std::string::size_type begin = 0;
+    std::string::size_type end = text.size();
+    bool trimmed = false;
+    auto trimRest = [&](std::string::size_type from) {
+        if (!trimmed) {
+            while (end > from && text[end - 1] == ' ') --end;
+            trimmed = true;
+        }
+        begin = skipBlanks(text, from, end);
+        if (begin > end) begin = end;
+    };
+
+    while (true) {
+        std::string::size_type lt = text.find('<', begin);
+        if (lt == std::string::npos || lt >= end) {
+            parts.emplace_back(std::string(), text.substr(begin, end - begin));
+            break;
+        }
+        std::string::size_type gt = text.find('>', begin);
+        if (gt == std::string::npos || gt >= end || !(lt + 1 < gt)) throw parseError(__LINE__);
+
+        char marker = text[lt + 1];
+        if (marker == '?' || marker == '!') {
+            trimRest(gt + 1);
+        } else {
+            std::string tag = trimString(text.substr(lt + 1, gt - lt - 1));
+            std::string openTag = "<" + tag + ">";
+            std::string closeTag = "</" + tag + ">";
+
+            std::string::size_type close = text.find(closeTag, gt + 1);
+            if (close == std::string::npos) throw parseError(__LINE__);
+            std::string::size_type openFrom = gt + 1;  // no opening tag starts in [gt + 1, openFrom)
+            unsigned long depth = 1;
+            while (true) {
+                std::string::size_type open = findBefore(text, openTag, openFrom, close);
+                while (open != std::string::npos) {
+                    ++depth;
+                    openFrom = open + 1;
+                    open = findBefore(text, openTag, openFrom, close);
+                }
+                --depth;
+                if (depth == 0) break;
+                openFrom = std::max(openFrom, close);
+                close = text.find(closeTag, close + 1);
+                if (close == std::string::npos) throw parseError(__LINE__);
+            }
+            parts.emplace_back(tag, trimString(text.substr(gt + 1, close - gt - 1)));
+            trimRest(close + closeTag.size());
+        }
+        if (begin >= end) break;
+    }
+    return parts;
+}
+
+}  // namespace velmora

@@ -1,0 +1,91 @@
+#include "core/misc_string.h"
+
+#include <cctype>
+#include <climits>
+#include <sstream>
+
+namespace velmora {
+
+template double min<double>(double, double);
+template unsigned min<unsigned>(unsigned, unsigned);
+template double max<double>(double, double);
+template unsigned max<unsigned>(unsigned, unsigned);
+
+double toDouble(std::string text) {
+    std::istringstream in(text);
+    double value = 0.0;
+    in >> value;
+    return value;
+}
+
+int toInt(std::string text) {
+    std::istringstream in(text);
+    int value = 0;
+    // Extraction stores the nearest bound on overflow and 0 when nothing is read.
+    in >> value;
+    return value;
+}
+
+std::string toString(char* text) { return std::string(text); }
+
+std::string toString(double value) {
+    std::ostringstream out;
+    out << value;
+    return out.str();
+}
+
+std::string toString(unsigned value) { return std::to_string(value); }
+
+std::string toString(int value) { return std::to_string(value); }
+
+std::string toString(bool value) { return value ? "1" : "0"; }
+
+std::string toString(std::vector<std::string> items) {
+    std::string out;
+    for (const std::string& item : items) {
+        out += item;
+        out += ' ';
+    }
+    return out;
+}
+
+bool toBool(std::string text) {
+    std::string lower = tolower(text);
+    return lower == "true" || lower == "t" || text == "1";
+}
+
+std::vector<std::string> splitString(std::string text, char separator) {
+    std::vector<std::string> pieces;
+    std::string::size_type start = 0;
+    while (start <= text.size()) {
+        std::string::size_type end = text.find(separator, start);
+        if (end == std::string::npos) end = text.size();
+        if (end > start) pieces.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return pieces;
+}
+
+std::string trimLeft(std::string text) {
+    std::string::size_type first = text.find_first_not_of(' ');
+    return first == std::string::npos ? std::string() : text.substr(first);
+}
+
+std::string trimRight(std::string text) {
+    std::string::size_type last = text.find_last_not_of(' ');
+    return last == std::string::npos ? std::string() : text.substr(0, last + 1);
+}
+
+std::string trimString(std::string text) { return trimRight(trimLeft(text)); }
+
+std::string tolower(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string toupper(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+}  // namespace velmora

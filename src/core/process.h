@@ -1,0 +1,80 @@
+// The contract of everything that generates a stream of values and answers
+// for its statistics, the one generation loop and the two model factories.
+#ifndef VELMORA_CORE_PROCESS_H
+#define VELMORA_CORE_PROCESS_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+class Matrix;
+class Trace;
+class Config;
+class XMLConfig;
+
+enum format { FORMAT_CONFIG = 0, FORMAT_XML = 1 };
+
+enum process_type {
+    PROCESS_MAP = 0,
+    PROCESS_MEP = 1,
+    PROCESS_CPH = 2,
+    PROCESS_ARIMA = 3,
+    PROCESS_ARTA = 4,
+    PROCESS_TRACE = 5,
+    PROCESS_DIST = 6,
+    PROCESS_CHEP = 7,
+    PROCESS_CAPP = 8,
+    PROCESS_XML = 9
+};
+
+// Sampled distribution curves: (x, value) pairs.
+struct Distribution {
+    std::vector<std::pair<double, double>> pdf;
+    std::vector<std::pair<double, double>> cdf;
+    std::vector<std::pair<double, double>> ccdf;
+};
+
+class Process {
+public:
+    Process();
+    Process(const Process& other);
+    virtual ~Process();
+
+    virtual std::string getProcessDescription() = 0;
+    virtual void load(std::string file, format f) = 0;
+    virtual void save(std::string file, format f) = 0;
+    virtual std::string toString(format f) = 0;
+    virtual std::string getSummary() = 0;
+    virtual std::string getSummary(unsigned moments, unsigned jointMoments, unsigned lags) = 0;
+    virtual std::vector<double> getMoments(unsigned first, unsigned last) const = 0;
+    virtual Matrix getJointMoments(unsigned first, unsigned last) const = 0;
+    virtual std::vector<double> getAutocorrelations(unsigned first, unsigned last) const = 0;
+    virtual Distribution computeDistribution(double lower, double upper) = 0;
+    virtual double evalCDF(double x) = 0;
+    virtual double evalCCDF(double x) = 0;
+    virtual double evalPDF(double x) = 0;
+    virtual double computeLikelihood(Trace* trace) = 0;
+    virtual void initRandomNumberGeneration(unsigned seed) = 0;
+    virtual double getNextRandomVariate() = 0;
+
+    process_type getProcessType();
+    std::string getProcessTypeString();
+
+    // Seeds the process, then draws values until the stop criterion holds:
+    // 1 by count, 2 by sum, 0 by both; any other value gives an empty trace.
+    Trace* simulate(int stop, unsigned observations, double time, unsigned seed);
+
+protected:
+    process_type type;
+    std::string typeName;
+    bool rngInitialized;
+};
+
+Process* load_process(Config* config);
+Process* load_process(XMLConfig* document);
+
+}  // namespace velmora
+
+#endif
