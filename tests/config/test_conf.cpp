@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+
+using namespace velmora;
+
+namespace {
+
+std::string writeFile(const std::string& name, const std::string& text) {
+    std::string path = testing::TempDir() + name;
+    std::ofstream(path.c_str(), std::ios::binary) << text;
+    return path;
+}
+
+std::string messageOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (Exception& e) {
+        EXPECT_EQ(e.file, "conf");
+        return e.message;
+    }
+    return "(no exception)";
+}
+
+struct Args {
+    std::vector<std::string> items;
+    std::vector<char*> pointers;
+    explicit Args(std::vector<std::string> list) : items(std::move(list)) {
+        for (auto& item : items) pointers.push_back(&item[0]);
+    }
+    int argc() { return static_cast<int>(pointers.size()); }
+    char** argv() { return pointers.data(); }
+};
+
+}  // namespace
+
+TEST(ConfigFile, KeysAreTrimmedAndLowercasedAndValuesMayHoldEquals) {
+    Config config(writeFile("c1.txt", "a = 1\nB=2\nx = 1 = 2\n#comment=9\n\n"));
+    EXPECT_EQ(config.getValue("a"), "1");
+    EXPECT_EQ(config.getValue("b"), "2");
+    EXPECT_EQ(config.getValue("X"), "1 = 2");
+    EXPECT_FALSE(config.existsKey("#comment"));
+    EXPECT_EQ(config.getValueAsInt("a"), 1);
+    EXPECT_EQ(config.getValueAsDouble("b"), 2.0);
+}
+
+TEST(ConfigFile, ContinuationLinesBuildMultiLineValues) {
+    Config config(writeFile("c2.txt", "m = 1 2\n  3 4  \n   \n#c\nn=5\n"));
+    EXPECT_EQ(config.getValue("m"), "1 2\n3 4\n");
+    EXPECT_EQ(config.getValue("n"), "5");
+}
+
+TEST(ConfigFile, OverwriteDecidesWhoWinsIncludingContinuations) {
+    std::string file = writeFile("c3.txt", "seed = 5\n 6\nseed = 7\nother = 1\n");
+    Config keep;
+    keep.setValue("seed", "1", true);
+    keep.loadConfigFromFile(file, false);
+    EXPECT_EQ(keep.getValue("seed"), "1");
+    EXPECT_EQ(keep.getValue("other"), "1");
+
+    Config replace;
+    replace.setValue("seed", "1", true);
+    replace.loadConfigFromFile(file, true);
+    EXPECT_EQ(replace.getValue("seed"), "7");
+
+    Config first(file);  // within one file the first value wins without overwrite
+    EXPECT_EQ(first.getValue("seed"), "5\n6");
+}
+
+TEST(ConfigFile, ContinuationBeforeAnyKeyGoesToTheEmptyKeyOnlyWhenOverwriting) {
+    std::string file = writeFile("c4.txt", "loose\nk=v\n");
+    Config dropped(file);
+    EXPECT_FALSE(dropped.existsKey(""));
+    Config kept;
+    kept.loadConfigFromFile(file, true);
+    EXPECT_EQ(kept.getValue(""), "\nloose");
+}
+
+TEST(ConfigFile, CarriageReturnStaysInTheValue) {
+    Config config(writeFile("c5.txt", "a = 1\r\n"));
+    EXPECT_EQ(config.getValue("a"), "1\r");
+}
+
+TEST(ConfigFile, Failures) {
+    EXPECT_EQ(messageOf([] { Config c(testing::TempDir() + "no/such/file"); }), "Cannot open file.");
+    std::string file = writeFile("c6.txt", "a=1\ny =   \nz=2\n");
+    Config partial;
+    EXPECT_EQ(messageOf([&] { partial.loadConfigFromFile(file, false); }), "No value for key.");
+    EXPECT_TRUE(partial.existsKey("a"));
+    EXPECT_FALSE(partial.existsKey("z"));
+    EXPECT_EQ(messageOf([&] { partial.getValue("TRACE"); }), "Key TRACE does not exist.");
+    EXPECT_EQ(messageOf([&] { partial.getValueAsInt("q"); }), "Key q does not exist.");
+}
+
+TEST(ConfigFile, JunkAndHugeInputsGiveValuesOrMessagesNeverCrashes) {
+    std::string junk;
+    for (int i = 0; i < 200000; ++i) junk += static_cast<char>((i * 7919) % 256);
+    std::string file = writeFile("c7.bin", junk);
+    try {
+        Config c(file);
+    } catch (Exception& e) {
+        EXPECT_EQ(e.message, "No value for key.");
+    }
+    Config big(writeFile("c8.txt", "k=" + std::string(10 * 1024 * 1024, 'x') + "\n"));
+    EXPECT_EQ(big.getValue("k").size(), 10u * 1024 * 1024);
+    Config empty(writeFile("c9.txt", ""));
+    EXPECT_FALSE(empty.existsKey(""));
+}
+
+TEST(SetValue, StoresTheKeyAsGiven) {
+    Config config;
+    config.setValue("Mixed", "1", false);
+    EXPECT_FALSE(config.existsKey("Mixed"));  // getters lowercase their key
+    config.setValue("k", "1", false);
+    config.setValue("k", "2", false);
+    EXPECT_EQ(config.getValue("k"), "1");
+    config.setValue("k", "3", true);
+    EXPECT_EQ(config.getValue("k"), "3");
+}
+
+TEST(CommandLine, GrammarAndFirstValueWins) {
+    Args args({"prog", "-a=b=c", "-MODEL=X.xml", "--seed=5", "-a=other"});
+    Config config(args.argc(), args.argv());
+    EXPECT_EQ(config.getValue("a"), "b=c");
+    EXPECT_EQ(config.getValue("model"), "X.xml");
+    EXPECT_TRUE(config.existsKey("-seed"));
+    EXPECT_FALSE(config.existsKey("seed"));
+}
+
+TEST(CommandLine, RangeConstructorReadsOnlyItsArguments) {
+    Args args({"prog", "-a=1", "bad", "-b=2"});
+    Config config(args.argc(), args.argv(), 3, 3);
+    EXPECT_EQ(config.getValue("b"), "2");
+    EXPECT_FALSE(config.existsKey("a"));
+}
+
+TEST(CommandLine, RefusesMalformedArguments) {
+    struct Case { const char* argument; const char* message; } cases[] = {
+        {"-x", "Invalid command line parameter."},  {"--help", "Invalid command line parameter."},
+        {"-=x", "Invalid command line parameter."}, {"=x", "Invalid command line parameter."},
+        {"a=1", "Invalid command line parameter."}, {"-seed=", "No value for key."},
+    };
+    for (const auto& c : cases) {
+        Args args({"prog", "-kept=1", c.argument});
+        Config config;
+        EXPECT_EQ(messageOf([&] { config.loadConfigFromCommandLine(args.argc(), args.argv(), false); }),
+                  c.message)
+            << c.argument;
+        EXPECT_TRUE(config.existsKey("kept"));
+    }
+}

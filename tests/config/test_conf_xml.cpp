@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+
+using namespace velmora;
+
+namespace {
+
+std::string writeXml(const std::string& name, const std::string& text) {
+    std::string path = testing::TempDir() + name;
+    std::ofstream(path.c_str(), std::ios::binary) << text;
+    return path;
+}
+
+std::string parseMessage(const std::string& text) {
+    try {
+        delete XMLConfig::parseXML(text, nullptr);
+    } catch (Exception& e) {
+        EXPECT_EQ(e.file, "conf");
+        return e.message;
+    }
+    return "(parsed)";
+}
+
+}  // namespace
+
+TEST(XMLConfig, ReadsElementsValuesAndJoinsLinesWithoutSeparator) {
+    XMLConfig document(writeXml("x1.xml",
+                                "<?xml version=\"1.0\"?>\n<!-- a model -->\n<velmora>\n <map>\n  <d0>1 2\n3 4</d0>\n"
+                                "  <d1> 5 </d1>\n </map>\n</velmora>\n"));
+    XMLElement* root = document.getDocumentRoot();
+    EXPECT_EQ(root->getTag(), "velmora");
+    XMLElement* map = root->getChildElement("map");
+    ASSERT_NE(map, nullptr);
+    EXPECT_EQ(map->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(map->getChildElement("d1")->getValue(), "5");
+    EXPECT_EQ(map->getChildElements().size(), 2u);
+    EXPECT_EQ(root->getChildElement("Map"), nullptr);
+    EXPECT_EQ(root->getChildElement("d0"), nullptr);  // only direct children
+}
+
+TEST(XMLConfig, SameTagNestingIsCounted) {
+    XMLElement* root = XMLConfig::parseXML("<a><a>x</a></a>", nullptr);
+    ASSERT_EQ(root->getChildElements().size(), 1u);
+    EXPECT_EQ(root->getChildElement("a")->getValue(), "x");
+    delete root;
+    root = XMLConfig::parseXML("<r><a><a><a>y</a></a></a><b>2</b><b>3</b></r>", nullptr);
+    EXPECT_EQ(root->getChildElement("a")->getChildElement("a")->getChildElement("a")->getValue(), "y");
+    EXPECT_EQ(root->getChildElement("b")->getValue(), "2");
+    EXPECT_EQ(root->getChildElements().size(), 3u);
+    delete root;
+}
+
+TEST(XMLConfig, TextBesideChildrenKeepsOnlyTheRestAfterTheLastChild) {
+    XMLElement* root = XMLConfig::parseXML("<r>before<c>1</c>after</r>", nullptr);
+    EXPECT_EQ(root->getValue(), "after");
+    EXPECT_EQ(root->getChildElement("c")->getValue(), "1");
+    delete root;
+    root = XMLConfig::parseXML("<r>\t<c></c></r>", nullptr);
+    EXPECT_EQ(root->getValue(), "");
+    EXPECT_EQ(root->getChildElement("c")->getValue(), "");
+    delete root;
+}
+
+TEST(XMLConfig, CommentEndsAtItsFirstGreaterThan) {
+    XMLElement* root = XMLConfig::parseXML("<!-- a --><r>1</r>", nullptr);
+    EXPECT_EQ(root->getTag(), "r");
+    EXPECT_EQ(root->getValue(), "1");
+    delete root;
+    // The rest "b -->" has its '>' before the next '<'.
+    EXPECT_EQ(parseMessage("<!-- a > b --><r>1</r>"), "XML parse error.");
+    root = XMLConfig::parseXML("<!-- a > b <r>1</r>", nullptr);
+    EXPECT_EQ(root->getTag(), "r");
+    delete root;
+    auto parts = XMLConfig::splitXML("<r>1</r><!-- x > tail -->");
+    ASSERT_EQ(parts.size(), 2u);
+    EXPECT_EQ(parts[1].first, "");
+    EXPECT_EQ(parts[1].second, "tail -->");
+}
+
+TEST(XMLConfig, DocumentsWithoutElements) {
+    XMLConfig empty(writeXml("x2.xml", ""));
+    EXPECT_EQ(empty.getDocumentRoot()->getTag(), "");
+    EXPECT_EQ(empty.getDocumentRoot()->getValue(), "");
+    XMLConfig plain(writeXml("x3.xml", "just text"));
+    EXPECT_EQ(plain.getDocumentRoot()->getTag(), "");
+    EXPECT_EQ(plain.getDocumentRoot()->getValue(), "just text");
+}
+
+TEST(XMLConfig, MalformedDocumentsAreRefused) {
+    const char* bad[] = {
+        "<?xml version=\"1.0\"?>", "<a>1</a><b>2</b>", "<a b=\"c\">1</a>", "<a/>", "<a><a></a>",
+        "<r><a><a></a></r>",       "<>x",              "a > b <c>",          "<a>1",  "<a",
+        "<r><x><x><x></x></x></r>",
+    };
+    for (const char* text : bad) EXPECT_EQ(parseMessage(text), "XML parse error.") << text;
+}
+
+TEST(XMLConfig, MissingFileAndDeepOrHugeInputs) {
+    try {
+        XMLConfig missing(testing::TempDir() + "no/such.xml");
+        FAIL();
+    } catch (Exception& e) {
+        EXPECT_EQ(e.toString().substr(0, 15), "Error in: conf,");
+        EXPECT_EQ(e.message, "Cannot open file.");
+    }
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) deep += "<a>";
+    for (int i = 0; i < 100000; ++i) deep += "</a>";
+    EXPECT_EQ(parseMessage(deep), "XML parse error.");
+
+    std::string wide = "<r>";
+    for (int i = 0; i < 400000; ++i) wide += "<v" + std::to_string(i % 7) + ">1</v" + std::to_string(i % 7) + ">";
+    wide += "</r>";
+    XMLElement* root = XMLConfig::parseXML(wide, nullptr);
+    EXPECT_EQ(root->getChildElements().size(), 400000u);
+    delete root;
+
+    std::string junk;
+    for (int i = 0; i < 100000; ++i) junk += static_cast<char>((i * 131) % 256);
+    std::string message = parseMessage(junk);
+    EXPECT_TRUE(message == "XML parse error." || message == "(parsed)");
+}
