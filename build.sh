@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Builds velmora and sylvar, then runs the example model or the test suite.
+#   bash build.sh example   generate a trace from examples/map.xml and print the summaries
+#   bash build.sh test      build with warnings as errors and run every test
+set -euo pipefail
+cd "$(dirname "$0")"
+
+packages="cmake ninja-build g++ libgtest-dev libbenchmark-dev"
+missing=""
+for p in $packages; do
+    dpkg -s "$p" >/dev/null 2>&1 || missing="$missing $p"
+done
+if [ -n "$missing" ]; then
+    echo "Installing:$missing"
+    sudo_cmd=""
+    [ "$(id -u)" -ne 0 ] && sudo_cmd="sudo"
+    $sudo_cmd apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq $missing
+fi
+
+jobs=$(nproc 2>/dev/null || echo 2)
+case "${1:-test}" in
+example)
+    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+    cmake --build build --target sylvar -j "$jobs"
+    ./build/sylvar -model=examples/map.xml -trace=build/example_trace.txt -seed=7 -observations=10000
+    ;;
+test)
+    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON >/dev/null
+    cmake --build build -j "$jobs"
+    ctest --test-dir build --output-on-failure -j "$jobs"
+    ;;
+sanitize)
+    cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_WERROR=ON \
+        -DVELMORA_SANITIZE=ON >/dev/null
+    cmake --build build-sanitize -j "$jobs"
+    ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
+    ;;
+*)
+    echo "usage: bash build.sh [example|test|sanitize]" >&2
+    exit 2
+    ;;
+esac
