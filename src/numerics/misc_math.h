@@ -1,0 +1,28 @@
+// Elementary scalar functions: rounding to decimals, the factorial in 32-bit
+// unsigned arithmetic, and the gamma and beta functions in the forms on which
+// the moment formulas of the models rest. Their limits are deliberate: fac
+// wraps beyond 12!, and gamma_function is exact only at integers and
+// half-integers, Stirling's first term elsewhere.
+#ifndef VELMORA_NUMERICS_MISC_MATH_H
+#define VELMORA_NUMERICS_MISC_MATH_H
+
+namespace velmora {
+
+// x rounded to `digits` decimals, halves away from 0.
+double round(double x, unsigned digits);
+
+// n! in 32-bit unsigned arithmetic: exact up to n = 12, the low 32 bits of
+// the product beyond (fac(13) is 1932053504); fac(0) is 1.
+unsigned long fac(unsigned long n);
+
+// Gamma(x) for x > 0: fac(x - 1) at integers, the closed form through fac at
+// half-integers, Stirling's first term sqrt(2 pi) x^(x - 1/2) e^(-x)
+// elsewhere. Throws for x <= 0.
+double gamma_function(double x);
+
+// B(a, b) = gamma_function(a) gamma_function(b) / gamma_function(a + b).
+double beta_function(double a, double b);
+
+}  // namespace velmora
+
+#endif
