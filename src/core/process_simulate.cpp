@@ -1,0 +1,27 @@
+// The one generation loop of all processes: seed, then draw values into a new
+// trace until the stop criterion holds.
+#include <memory>
+
+#include "core/process.h"
+#include "traces/trace.h"
+
+namespace velmora {
+
+Trace* Process::simulate(int stop, unsigned observations, double time, unsigned seed) {
+    initRandomNumberGeneration(seed);
+    // Held until the end, so that a failure while drawing frees what was built.
+    std::unique_ptr<Trace> trace(new Trace());
+    unsigned count = 0;
+    double sum = 0.0;
+    // Stop 1 counts, stop 2 sums, stop 0 needs both; the strict comparison
+    // makes a sum equal to `time` end the time test.
+    while (((stop == 0 || stop == 1) && count < observations) || ((stop == 0 || stop == 2) && time > sum)) {
+        double x = getNextRandomVariate();
+        trace->appendElement(x);
+        ++count;
+        sum += x;
+    }
+    return trace.release();
+}
+
+}  // namespace velmora
