@@ -1,0 +1,147 @@
+// Vector: a Matrix of one row or one column that remembers which of the two
+// it is. Single-index access goes through the checked Matrix access.
+#include <utility>
+
+#include "core/libvelmora_settings.h"
+#include "numerics/matrix.h"
+
+namespace velmora {
+
+static std::vector<std::vector<double>> asRows(std::vector<double> data, bool isRow) {
+    std::vector<std::vector<double>> rows;
+    if (data.empty()) return rows;
+    if (isRow) {
+        rows.push_back(std::move(data));
+    } else {
+        rows.reserve(data.size());
+        for (double v : data) rows.emplace_back(1, v);
+    }
+    return rows;
+}
+
+Vector::Vector() : isRow(false) {}
+
+Vector::Vector(unsigned n, bool isRow_, VectorType type)
+    : Matrix(isRow_ ? 1 : n, isRow_ ? n : 1, type == VECTOR_ONES ? MATRIX_ONES : MATRIX_ZERO),
+      isRow(isRow_) {}
+
+// An empty list gives an empty vector of the given orientation.
+Vector::Vector(std::vector<double> data, bool isRow_)
+    : Matrix(asRows(std::move(data), isRow_)), isRow(isRow_) {}
+
+unsigned Vector::getNumberEntries() const { return getNumberRows() * getNumberCols(); }
+
+bool Vector::isRowVector() const { return isRow; }
+
+Matrix Vector::toMatrix() const { return Matrix(rows); }
+
+double& Vector::element(unsigned long long i) { return isRow ? entry(0, i) : entry(i, 0); }
+
+const double& Vector::element(unsigned long long i) const {
+    return isRow ? entry(0, i) : entry(i, 0);
+}
+
+double Vector::getValue(unsigned i) const { return element(i); }
+void Vector::setValue(unsigned i, double value) { element(i) = value; }
+void Vector::addValue(unsigned i, double value) { element(i) += value; }
+double& Vector::operator()(unsigned i) { return element(i); }
+double& Vector::operator()(int i) { return element(checkedIndex(i)); }
+const double& Vector::operator()(unsigned i) const { return element(i); }
+const double& Vector::operator()(int i) const { return element(checkedIndex(i)); }
+double& Vector::operator[](unsigned i) { return element(i); }
+double& Vector::operator[](int i) { return element(checkedIndex(i)); }
+const double& Vector::operator[](unsigned i) const { return element(i); }
+const double& Vector::operator[](int i) const { return element(checkedIndex(i)); }
+
+void Vector::normalize() {
+    double sum = getSum();
+    for (std::vector<double>& row : rows)
+        for (double& v : row) v /= sum;
+}
+
+double Vector::getSum() const { return Matrix::getSum(); }
+
+std::vector<double> Vector::asVector() const {
+    if (isRow) return rows.empty() ? std::vector<double>() : rows[0];
+    std::vector<double> result;
+    result.reserve(rows.size());
+    for (const std::vector<double>& row : rows) result.push_back(row[0]);
+    return result;
+}
+
+Vector Vector::transpose() const { return Vector(asVector(), !isRow); }
+
+void Vector::setSubvector(unsigned start, Vector v) {
+    unsigned n = v.getNumberEntries();
+    if (static_cast<unsigned long long>(start) + n > getNumberEntries())
+        throw Exception("matrix", __LINE__, "Invalid vector index.");
+    for (unsigned i = 0; i < n; i++) element(start + i) = v.element(i);
+}
+
+Vector Vector::operator+(double value) const {
+    Vector result(*this);
+    for (std::vector<double>& row : result.rows)
+        for (double& v : row) v += value;
+    return result;
+}
+
+Vector Vector::operator*(double factor) const {
+    Vector result(*this);
+    for (std::vector<double>& row : result.rows)
+        for (double& v : row) v *= factor;
+    return result;
+}
+
+Vector Vector::operator/(double divisor) const {
+    Vector result(*this);
+    for (std::vector<double>& row : result.rows)
+        for (double& v : row) v /= divisor;
+    return result;
+}
+
+bool Vector::operator==(const Vector& other) const {
+    return isRow == other.isRow && Matrix::operator==(other);
+}
+
+bool Vector::operator==(const Matrix& other) const { return Matrix::operator==(other); }
+
+// The product of the plain matrices, of which a row vector keeps row 0 and a
+// column vector column 0.
+static Vector productVector(const Matrix& product, bool isRow) {
+    return Vector(isRow ? product.getRow(0) : product.getCol(0), isRow);
+}
+
+Vector Vector::operator*(const Matrix& m) const {
+    return productVector(Matrix::operator*(m), isRow);
+}
+
+Matrix Vector::operator*(const Vector& other) const {
+    if (isRow == other.isRow) throw Exception("matrix", __LINE__, "Cannot multiply vectors.");
+    return Matrix::operator*(other);
+}
+
+Vector Vector::operator+(const Vector& other) const {
+    if (isRow != other.isRow) throw Exception("matrix", __LINE__, "Cannot add vectors.");
+    Vector result(*this);
+    for (unsigned i = 0; i < getNumberEntries(); i++) result.element(i) += other.element(i);
+    return result;
+}
+
+Vector Vector::operator-(const Vector& other) const {
+    if (isRow != other.isRow) throw Exception("matrix", __LINE__, "Cannot add vectors.");
+    Vector result(*this);
+    for (unsigned i = 0; i < getNumberEntries(); i++) result.element(i) -= other.element(i);
+    return result;
+}
+
+Vector operator*(const Matrix& m, const Vector& v) {
+    return productVector(m * v.toMatrix(), v.isRowVector());
+}
+
+Vector operator+(double value, Vector v) { return v + value; }
+
+Vector operator*(double factor, Vector v) { return v * factor; }
+
+Vector operator-(Vector v) { return v * -1.0; }
+
+}  // namespace velmora
