@@ -1,0 +1,72 @@
+// Tests of the elementary scalar functions: rounding, the 32-bit factorial and
+// the three regimes of the gamma function.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "core/libvelmora_settings.h"
+#include "numerics/misc_math.h"
+
+using namespace velmora;
+
+TEST(MiscMath, RoundGoesHalfAwayFromZero) {
+    const struct {
+        double x;
+        unsigned digits;
+        double expected;
+    } cases[] = {
+        {2.5, 0, 3.0}, {-2.5, 0, -3.0}, {0.125, 2, 0.13}, {-0.125, 2, -0.13},
+        {1.23456, 3, 1.235}, {-7.4, 0, -7.0}, {0.0, 4, 0.0}, {1234.5678, 1, 1234.6},
+    };
+    for (const auto& c : cases) EXPECT_DOUBLE_EQ(velmora::round(c.x, c.digits), c.expected) << c.x << ", " << c.digits;
+}
+
+TEST(MiscMath, FactorialWrapsInThirtyTwoBits) {
+    const struct {
+        unsigned long n;
+        unsigned long expected;
+    } cases[] = {
+        {0, 1}, {1, 1}, {5, 120}, {12, 479001600UL},
+        {13, 1932053504UL},  // 6227020800 mod 2^32
+        {20, 2192834560UL},  // 20! mod 2^32, exact integer arithmetic in python
+        {33, 2147483648UL},  // 2^31: 33! holds 31 factors of 2
+        {34, 0}, {1000000000000UL, 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(fac(c.n), c.expected) << c.n;
+}
+
+TEST(MiscMath, GammaFunctionIsExactOnlyAtIntegersAndHalfIntegers) {
+    const double sqrtPi = 1.7724538509055159;
+    // Exact values: scipy.special.gamma.
+    EXPECT_DOUBLE_EQ(gamma_function(1.0), 1.0);
+    EXPECT_DOUBLE_EQ(gamma_function(5.0), 24.0);
+    EXPECT_DOUBLE_EQ(gamma_function(13.0), 479001600.0);
+    EXPECT_DOUBLE_EQ(gamma_function(0.5), sqrtPi);
+    EXPECT_DOUBLE_EQ(gamma_function(2.5), 1.329340388179137);
+    EXPECT_DOUBLE_EQ(gamma_function(6.5), 287.88527781504433);
+    // Elsewhere Stirling's first term, sqrt(2 pi) x^(x - 1/2) e^(-x), not
+    // Gamma(1.7) = 0.908638732853.
+    EXPECT_NEAR(gamma_function(1.7), 0.865621471794, 1e-11);
+    EXPECT_NEAR(gamma_function(3.3), 2.6167195285806382, 1e-13);
+    // Beyond 13 the integers inherit the wrapped factorial.
+    EXPECT_DOUBLE_EQ(gamma_function(14.0), 1932053504.0);
+
+    for (double x : {0.0, -1.5}) {
+        try {
+            gamma_function(x);
+            ADD_FAILURE() << x << " did not throw";
+        } catch (Exception& e) {
+            EXPECT_EQ(e.message, "gamma function only implemented for positive values.");
+            EXPECT_EQ(e.file, "misc_math");
+        }
+    }
+}
+
+TEST(MiscMath, BetaFunctionIsAQuotientOfGammaValues) {
+    // scipy.special.beta
+    EXPECT_DOUBLE_EQ(beta_function(2.0, 3.0), 1.0 / 12.0);
+    EXPECT_DOUBLE_EQ(beta_function(2.5, 1.5), 0.19634954084936207);
+    EXPECT_DOUBLE_EQ(beta_function(0.5, 0.5), 1.7724538509055159 * 1.7724538509055159);
+    // Through Stirling where an argument is neither integer nor half-integer.
+    EXPECT_DOUBLE_EQ(beta_function(1.7, 2.0), gamma_function(1.7) * 1.0 / gamma_function(3.7));
+}
