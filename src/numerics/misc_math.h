@@ -6,7 +6,12 @@
 #ifndef VELMORA_NUMERICS_MISC_MATH_H
 #define VELMORA_NUMERICS_MISC_MATH_H
 
+#include <cmath>
+
 namespace velmora {
+
+// The one-argument rounding stays visible next to the one below.
+using std::round;
 
 // x rounded to `digits` decimals, halves away from 0.
 double round(double x, unsigned digits);
