@@ -1,0 +1,117 @@
+// The distribution contract: the private stream of every family, the registry
+// of family names, the log-likelihood of a trace and the text layout that all
+// families share.
+#include "distributions/dist.h"
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+#include "core/libvelmora_settings.h"
+#include "numerics/random.h"
+#include "traces/trace.h"
+
+namespace velmora {
+
+namespace {
+
+// Indexed by dist_type; the names are case-sensitive.
+const char* const distTypeNames[] = {
+    "deterministic", "uniform",   "exponential", "normal",   "lognormal",
+    "johnson",       "erlang",    "hyperexponential", "hypoexponential", "hypererlang",
+    "weibull",       "gamma",     "beta",        "pearsonV", "pearsonVI",
+    "geometric",     "hypogeometric", "triangular", "chisquare"};
+const int distTypeCount = sizeof(distTypeNames) / sizeof(distTypeNames[0]);
+
+}  // namespace
+
+DistStats::DistStats()
+    : mean(std::numeric_limits<double>::quiet_NaN()),
+      variance(std::numeric_limits<double>::quiet_NaN()),
+      skewness(std::numeric_limits<double>::quiet_NaN()),
+      cv(std::numeric_limits<double>::quiet_NaN()),
+      kurtosis(std::numeric_limits<double>::quiet_NaN()) {}
+
+Dist::Dist() : type(DIST_DETERMINISTIC), rng(new Rand()) {}
+
+Dist::Dist(const Dist& other) : type(other.type), rng(new Rand(*other.rng)) {}
+
+Dist& Dist::operator=(const Dist& other) {
+    type = other.type;
+    *rng = *other.rng;
+    return *this;
+}
+
+Dist::~Dist() { delete rng; }
+
+dist_type Dist::getType() const { return type; }
+
+double Dist::compute_loglikelihood(Trace* t) {
+    double sum = 0;
+    unsigned size = t->getSize();
+    for (unsigned i = 0; i < size; i++) sum += std::log(evalPDF(t->getElement(i)));
+    return sum;
+}
+
+void Dist::setSeed(unsigned seed) { rng->setSeed(seed); }
+
+std::string Dist::getDistType(dist_type t) {
+    int index = static_cast<int>(t);
+    if (index < 0 || index >= distTypeCount) throw Exception("dist", __LINE__, "Unknown distribution");
+    return distTypeNames[index];
+}
+
+dist_type Dist::getDistType(std::string name) {
+    for (int i = 0; i < distTypeCount; i++)
+        if (name == distTypeNames[i]) return static_cast<dist_type>(i);
+    throw Exception("dist", __LINE__, "Unknown distribution");
+}
+
+std::string Dist::layoutText(format f, dist_type t, const std::string& familyTag, const TextFields& keys,
+                             const TextFields& tags, const std::string& unsupported) {
+    std::string text;
+    if (f == FORMAT_CONFIG) {
+        text = "distribution = " + getDistType(t) + "\n";
+        for (const auto& key : keys) text += key.first + " = " + key.second + "\n";
+    } else if (f == FORMAT_XML && !familyTag.empty()) {
+        text = "<dist>\n<" + familyTag + ">\n";
+        for (const auto& tag : tags) text += "<" + tag.first + ">" + tag.second + "</" + tag.first + ">\n";
+        text += "</" + familyTag + ">\n</dist>\n";
+    } else {
+        throw Exception("dist", __LINE__, unsupported);
+    }
+    return text;
+}
+
+std::string Dist::formatNumber(double value, bool fixed) {
+    std::ostringstream out;
+    if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
+    out << value;
+    return out.str();
+}
+
+std::string Dist::formatNumber(unsigned value) {
+    std::ostringstream out;
+    out << value;
+    return out.str();
+}
+
+std::string Dist::formatList(const std::vector<double>& values, bool fixed) {
+    std::ostringstream out;
+    if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
+    for (double value : values) out << value << " ";
+    return out.str();
+}
+
+std::string Dist::formatList(const std::vector<unsigned>& values) {
+    std::ostringstream out;
+    for (unsigned value : values) out << value << " ";
+    return out.str();
+}
+
+// A NaN is not a probability either, and is refused with the same message.
+void Dist::checkProbability(double p) {
+    if (!(p >= 0 && p <= 1)) throw Exception("dist", __LINE__, "Invalid value for inverse cdf.");
+}
+
+}  // namespace velmora

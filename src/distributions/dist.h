@@ -1,0 +1,130 @@
+// The contract of all distribution families and their registry: the family
+// enumeration with its type names, the statistics record, the log-likelihood
+// of a trace and the one text layout (key-value and XML) shared by all
+// families. The families themselves live in the dist_<family> files, which
+// this header makes visible at its end.
+#ifndef VELMORA_DISTRIBUTIONS_DIST_H
+#define VELMORA_DISTRIBUTIONS_DIST_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/process.h"
+
+namespace velmora {
+
+class Rand;
+class Trace;
+
+enum dist_type {
+    DIST_DETERMINISTIC = 0,
+    DIST_UNIFORM = 1,
+    DIST_EXPONENTIAL = 2,
+    DIST_NORMAL = 3,
+    DIST_LOGNORMAL = 4,
+    DIST_JOHNSON = 5,
+    DIST_ERLANG = 6,
+    DIST_HYPEREXPONENTIAL = 7,
+    DIST_HYPOEXPONENTIAL = 8,
+    DIST_HYPERERLANG = 9,
+    DIST_WEIBULL = 10,
+    DIST_GAMMA = 11,
+    DIST_BETA = 12,
+    DIST_PEARSONV = 13,
+    DIST_PEARSONVI = 14,
+    DIST_GEOMETRIC = 15,
+    DIST_HYPOGEOMETRIC = 16,
+    DIST_TRIANGULAR = 17,
+    DIST_CHISQUARE = 18
+};
+
+// Statistics of a family and its first raw moments: moments[i] is the
+// (i+1)-th moment. A field that a family does not compute keeps the NaN it
+// starts with, so reading it is harmless and visibly "not computed".
+struct DistStats {
+    DistStats();
+
+    double mean;
+    double variance;
+    double skewness;
+    double cv;
+    double kurtosis;
+    std::vector<double> moments;
+};
+
+class Dist {
+public:
+    Dist();
+    // A copy is a value copy: it gets a stream of its own holding a copy of
+    // the source's stream state, so both go on with the same variates until
+    // one is reseeded, and each deletes only the stream it owns. Assignment
+    // copies the state into the target's own stream in the same way.
+    Dist(const Dist& other);
+    Dist& operator=(const Dist& other);
+    virtual ~Dist();
+
+    virtual double generateVariate() = 0;
+    virtual double evalPDF(double x) = 0;
+    virtual double evalCDF(double x) = 0;
+    virtual double evalInverseCDF(double p) = 0;
+    virtual double evalCCDF(double x) = 0;
+    virtual std::string toString(format f) = 0;
+    virtual DistStats getProperties(unsigned n) = 0;
+    virtual void paramCheck() = 0;
+
+    dist_type getType() const;
+
+    // Sum of log(evalPDF(x)) over the trace in order; a density of 0 enters
+    // as -infinity, an empty trace gives 0.
+    double compute_loglikelihood(Trace* t);
+
+    // Restarts the stream: equal seeds give equal variates.
+    void setSeed(unsigned seed);
+
+    static std::string getDistType(dist_type t);
+    static dist_type getDistType(std::string name);
+
+protected:
+    // (key or tag, value as written) pairs of the text form, in write order.
+    typedef std::vector<std::pair<std::string, std::string>> TextFields;
+
+    // The text of a family in format 0 (key-value lines after
+    // "distribution = <type name>") or format 1 (dist, family tag, one child
+    // per parameter). An empty family tag means the family has no XML form.
+    // Any unsupported format throws `unsupported`.
+    static std::string layoutText(format f, dist_type t, const std::string& familyTag,
+                                  const TextFields& keys, const TextFields& tags,
+                                  const std::string& unsupported = "Output format not supported by Dists.");
+    // A double in the stream's default form (fixed = false) or in fixed
+    // notation with six decimals (fixed = true).
+    static std::string formatNumber(double value, bool fixed);
+    static std::string formatNumber(unsigned value);
+    // Each element followed by one blank, so the text ends in a blank.
+    static std::string formatList(const std::vector<double>& values, bool fixed);
+    static std::string formatList(const std::vector<unsigned>& values);
+
+    // The check shared by every inverse distribution function: p outside
+    // [0, 1] throws "Invalid value for inverse cdf.".
+    static void checkProbability(double p);
+
+    dist_type type;
+    Rand* rng;
+};
+
+}  // namespace velmora
+
+#include "distributions/dist_deterministic.h"
+#include "distributions/dist_uniform.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_chisquare.h"
+#include "distributions/dist_weibull.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_beta.h"
+#include "distributions/dist_pearsonv.h"
+#include "distributions/dist_pearsonvi.h"
+
+#endif

@@ -1,0 +1,46 @@
+// The deterministic distribution: a point mass at `val`. Its density is 1 at
+// exactly that value, and it has no quantile function.
+#include "distributions/dist_deterministic.h"
+
+#include <cmath>
+
+#include "core/libvelmora_settings.h"
+
+namespace velmora {
+
+Deterministic::Deterministic(double val) : val(val) {
+    type = DIST_DETERMINISTIC;
+    paramCheck();
+}
+
+double Deterministic::getVal() const { return val; }
+void Deterministic::setVal(double v) { val = v; }
+
+double Deterministic::generateVariate() { return val; }
+
+double Deterministic::evalPDF(double x) { return x == val ? 1.0 : 0.0; }
+
+double Deterministic::evalCDF(double x) { return x < val ? 0.0 : 1.0; }
+
+double Deterministic::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not supported."); }
+
+double Deterministic::evalCCDF(double x) { return 1 - evalCDF(x); }
+
+std::string Deterministic::toString(format f) {
+    return layoutText(f, type, "", {{"val", formatNumber(val, false)}}, {});
+}
+
+DistStats Deterministic::getProperties(unsigned n) {
+    DistStats stats;
+    stats.mean = val;
+    stats.variance = 0;
+    stats.skewness = 0;
+    stats.cv = 0;
+    stats.kurtosis = 0;
+    for (unsigned k = 1; k <= n; k++) stats.moments.push_back(std::pow(val, static_cast<double>(k)));
+    return stats;
+}
+
+void Deterministic::paramCheck() {}
+
+}  // namespace velmora

@@ -1,0 +1,32 @@
+// The deterministic distribution: all mass at one value.
+#ifndef VELMORA_DISTRIBUTIONS_DIST_DETERMINISTIC_H
+#define VELMORA_DISTRIBUTIONS_DIST_DETERMINISTIC_H
+
+#include "distributions/dist.h"
+
+namespace velmora {
+
+class Deterministic : public Dist {
+public:
+    explicit Deterministic(double val);
+
+    double getVal() const;
+    // Stores only: every value is valid.
+    void setVal(double val);
+
+    double generateVariate() override;
+    double evalPDF(double x) override;
+    double evalCDF(double x) override;
+    double evalInverseCDF(double p) override;
+    double evalCCDF(double x) override;
+    std::string toString(format f) override;
+    DistStats getProperties(unsigned n) override;
+    void paramCheck() override;
+
+private:
+    double val;
+};
+
+}  // namespace velmora
+
+#endif

@@ -1,0 +1,242 @@
+// The distribution contract: registry, text layout of every family, the
+// messages of checks and unsupported operations, seeding, copies and the
+// log-likelihood of a trace.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/libvelmora_settings.h"
+#include "distributions/dist.h"
+#include "traces/trace.h"
+
+using namespace velmora;
+
+namespace {
+
+// The message of the Exception thrown by f, checking that it comes from "dist".
+std::string messageOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (Exception& e) {
+        EXPECT_EQ(e.file, "dist") << e.message;
+        return e.message;
+    } catch (...) {
+        return "<other exception>";
+    }
+    return "<no exception>";
+}
+
+}  // namespace
+
+TEST(DistRegistry, TypeNamesMapBothWaysForAllNineteenFamilies) {
+    const char* names[] = {"deterministic", "uniform",     "exponential",      "normal",          "lognormal",
+                           "johnson",       "erlang",      "hyperexponential", "hypoexponential", "hypererlang",
+                           "weibull",       "gamma",       "beta",             "pearsonV",        "pearsonVI",
+                           "geometric",     "hypogeometric", "triangular",     "chisquare"};
+    for (int i = 0; i < 19; i++) {
+        EXPECT_EQ(Dist::getDistType(static_cast<dist_type>(i)), names[i]);
+        EXPECT_EQ(Dist::getDistType(std::string(names[i])), static_cast<dist_type>(i));
+    }
+}
+
+TEST(DistRegistry, UnknownValuesAndNamesAreRefused) {
+    EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(19)); }), "Unknown distribution");
+    EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(-1)); }), "Unknown distribution");
+    for (std::string name : {"Normal", "pearsonv", "", "normal "})
+        EXPECT_EQ(messageOf([&] { Dist::getDistType(name); }), "Unknown distribution") << name;
+}
+
+TEST(DistText, EveryFamilyWritesBothLayoutsToTheCharacter) {
+    struct Case {
+        std::shared_ptr<Dist> dist;
+        std::string keyValue;
+        std::string xml;  // empty: no XML form
+    };
+    const std::vector<Case> cases = {
+        {std::make_shared<Deterministic>(2.5), "distribution = deterministic\nval = 2.5\n", ""},
+        {std::make_shared<Uniform>(0, 1), "distribution = uniform\na = 0\nb = 1\n",
+         "<dist>\n<uniformdist>\n<a>0</a>\n<b>1</b>\n</uniformdist>\n</dist>\n"},
+        {std::make_shared<Exponential>(2), "distribution = exponential\nrate = 2\n",
+         "<dist>\n<expodist>\n<mean>0.5</mean>\n</expodist>\n</dist>\n"},
+        {std::make_shared<Normal>(1.23456789, 1500), "distribution = normal\nmean = 1.23457\nvar = 2.25e+06\n",
+         "<dist>\n<normaldist>\n<mean>1.23457</mean>\n<std>1500</std>\n</normaldist>\n</dist>\n"},
+        {std::make_shared<Lognormal>(0, 2), "distribution = lognormal\nmu = 0.000000\nsigma2 = 4.000000\n",
+         "<dist>\n<lognormaldist>\n<mu>0.000000</mu>\n<sigma>2.000000</sigma>\n</lognormaldist>\n</dist>\n"},
+        {std::make_shared<Triangular>(0, 1, 0.25),
+         "distribution = triangular\na = 0.000000\nb = 1.000000\nc = 0.250000\n",
+         "<dist>\n<triangulardist>\n<a>0.000000</a>\n<b>1.000000</b>\n<c>0.250000</c>\n</triangulardist>\n</dist>\n"},
+        {std::make_shared<ChiSquare>(5), "distribution = chisquare\nk = 5\n",
+         "<dist>\n<chisquaredist>\n<deg>5</deg>\n</chisquaredist>\n</dist>\n"},
+        {std::make_shared<Weibull>(1.5, 2), "distribution = weibull\nalpha = 1.500000\nbeta = 2.000000\n",
+         "<dist>\n<weibulldist>\n<shape>1.500000</shape>\n<scale>2.000000</scale>\n</weibulldist>\n</dist>\n"},
+        {std::make_shared<Gamma>(3, 0.1234567), "distribution = gamma\nalpha = 3.000000\nbeta = 0.123457\n",
+         "<dist>\n<gammadist>\n<shape>3.000000</shape>\n<scale>0.123457</scale>\n</gammadist>\n</dist>\n"},
+        {std::make_shared<Beta>(2, 3), "distribution = beta\nalpha1 = 2.000000\nalpha2 = 3.000000\n",
+         "<dist>\n<betadist>\n<alpha1>2.000000</alpha1>\n<alpha2>3.000000</alpha2>\n</betadist>\n</dist>\n"},
+        {std::make_shared<PearsonV>(3, 2), "distribution = pearsonV\nalpha = 3.000000\nbeta = 2.000000\n",
+         "<dist>\n<pearson5dist>\n<alpha>3.000000</alpha>\n<beta>2.000000</beta>\n</pearson5dist>\n</dist>\n"},
+        {std::make_shared<PearsonVI>(2, 3, 1.5),
+         "distribution = pearsonVI\nalpha1 = 2.000000\nalpha2 = 3.000000\nbeta = 1.500000\n",
+         "<dist>\n<pearson6dist>\n<alpha1>2.000000</alpha1>\n<alpha2>3.000000</alpha2>\n<beta>1.500000</beta>\n"
+         "</pearson6dist>\n</dist>\n"},
+    };
+    for (const Case& c : cases) {
+        std::string name = Dist::getDistType(c.dist->getType());
+        EXPECT_EQ(c.dist->toString(FORMAT_CONFIG), c.keyValue) << name;
+        if (c.xml.empty())
+            EXPECT_EQ(messageOf([&] { c.dist->toString(FORMAT_XML); }), "Output format not supported by Dists.");
+        else
+            EXPECT_EQ(c.dist->toString(FORMAT_XML), c.xml) << name;
+        EXPECT_EQ(messageOf([&] { c.dist->toString(static_cast<format>(2)); }),
+                  "Output format not supported by Dists.")
+            << name;
+    }
+}
+
+TEST(DistChecks, InvalidParametersAreRefusedWithTheFamilyMessage) {
+    struct Case {
+        std::function<void()> call;
+        std::string message;
+    };
+    const std::string uniformRange = "Invalid range for uniform distribution";
+    const std::string triangle = "Invalid parameters for triangular distribution.";
+    const std::string inverse = "Invalid value for inverse cdf.";
+    const std::vector<Case> cases = {
+        // Constructors run paramCheck.
+        {[] { Uniform(-1, 1); }, uniformRange},
+        {[] { Uniform(2, 1); }, uniformRange},
+        {[] { Exponential(0); }, "Invalid rate for exponential distribution"},
+        {[] { Normal(0, -1); }, "Invalid parameter for normal distribution"},
+        {[] { Lognormal(0, -0.5); }, "Invalid parameter for lognormal distribution"},
+        {[] { Triangular(0, 1, 1); }, triangle},
+        {[] { Triangular(0, 1, 0); }, triangle},
+        {[] { Weibull(-1, 1); }, "Invalid parameter for weibull distribution"},
+        {[] { Gamma(1, 0); }, "Invalid parameters for gamma distribution."},
+        {[] { Beta(1, 0); }, "Invalid parameter for beta distribution"},
+        {[] { PearsonV(0, 1); }, "Invalid parameters for Pearson V distribution."},
+        {[] { PearsonVI(1, 1, 0); }, "Invalid parameters for Pearson VI distribution."},
+        // The statics check by themselves, not always as paramCheck does.
+        {[] { Uniform::uniform_pdf(0.5, 2, 1); }, uniformRange},
+        {[] { Uniform::uniform_stats(-1, 1, 0); }, uniformRange},
+        {[] { Exponential::exponential_ccdf(1, 0); }, "Invalid rate for exponential distribution"},
+        {[] { Normal::normal_stats(0, -1, 0); }, "Invalid parameter for normal distribution"},
+        {[] { Lognormal::lognormal_stats(0, -1, 0); }, "Invalid parameter for lognormal distribution"},
+        {[] { Triangular::triangular_cdf(0.5, 0, 1, 1); }, triangle},
+        {[] { Weibull::weibull_pdf(1, -1, 1); }, "Invalid parameter for Weibull distribution."},
+        {[] { Weibull::weibull_cdf(1, 1, 0); }, "Invalid parameter for Weibull distribution."},
+        {[] { Weibull::weibull_stats(-1, 1, 0); }, "Invalid parameter for weibull distribution"},
+        {[] { Gamma::gamma_pdf(1, 0, 1); }, "Invalid parameters for gamma distribution."},
+        {[] { Beta::beta_pdf(0.5, 0, 1); }, "Invalid parameter for beta distribution"},
+        {[] { Beta::beta_stats(1, -1, 0); }, "Invalid parameter for beta distribution"},
+        {[] { PearsonV::pearsonV_pdf(1, 1, 0); }, "Invalid parameters for Pearson V distribution."},
+        {[] { PearsonVI::pearsonVI_pdf(1, 1, 0, 1); }, "Invalid parameters for Pearson VI distribution."},
+        // Inverses: p outside [0, 1]; with both p and the parameters wrong the
+        // order of the checks decides the message.
+        {[] { Uniform::uniform_inverse_cdf(1.5, 2, 1); }, inverse},
+        {[] { Exponential::exponential_inverse_cdf(-0.1, -1); }, inverse},
+        {[] { Lognormal::lognormal_inverse_cdf(1.01, 0, 1); }, inverse},
+        {[] { Triangular::triangular_inverse_cdf(2, 0, 1, 1); }, inverse},
+        {[] { Triangular::triangular_inverse_cdf(0.5, 0, 1, 1); }, triangle},
+        {[] { ChiSquare::chi2_inverse_cdf(1.1, 3); }, inverse},
+        {[] { Weibull::weibull_inverse_cdf(2, -1, 1); }, inverse},
+        {[] { Gamma::gamma_inverse_cdf(2, 0, 1); }, "Invalid parameters for gamma distribution."},
+        {[] { Gamma::gamma_inverse_cdf(2, 1, 1); }, inverse},
+        {[] { Exponential(1).evalInverseCDF(std::nan("")); }, inverse},
+        // Operations a family does not offer.
+        {[] { Deterministic(1).evalInverseCDF(0.5); }, "Not supported."},
+        {[] { Beta(2, 3).evalCDF(0.5); }, "Not implemented!"},
+        {[] { Beta(2, 3).evalCCDF(0.5); }, "Not implemented!"},
+        {[] { Beta(2, 3).evalInverseCDF(0.5); }, "Not implemented."},
+        {[] { PearsonV(3, 2).evalCDF(1); }, "Not implemented!"},
+        {[] { PearsonV(3, 2).evalCCDF(1); }, "Not implemented!"},
+        {[] { PearsonV(3, 2).evalInverseCDF(0.5); }, "Not implemented."},
+        {[] { PearsonV(3, 2).getProperties(0); }, "Not implemented."},
+        {[] { PearsonVI(2, 3, 1).evalCDF(1); }, "Not implemented!"},
+        {[] { PearsonVI(2, 3, 1).evalCCDF(1); }, "Not implemented!"},
+        {[] { PearsonVI(2, 3, 1).evalInverseCDF(0.5); }, "Not implemented."},
+        {[] { PearsonVI(2, 3, 1).getProperties(0); }, "Not implemented."},
+    };
+    for (size_t i = 0; i < cases.size(); i++) EXPECT_EQ(messageOf(cases[i].call), cases[i].message) << "case " << i;
+}
+
+TEST(DistChecks, AcceptedBoundaryParameters) {
+    EXPECT_NO_THROW(Uniform(1, 1));
+    EXPECT_NO_THROW(Normal(0, 0));
+    EXPECT_NO_THROW(Lognormal(0, 0));
+    EXPECT_NO_THROW(ChiSquare(0));
+    EXPECT_EQ(Uniform(2, 2).generateVariate(), 2.0);
+}
+
+TEST(DistChecks, FailingSetterLeavesTheInvalidValueInPlace) {
+    Exponential e(1);
+    EXPECT_EQ(messageOf([&] { e.setRate(-2); }), "Invalid rate for exponential distribution");
+    EXPECT_EQ(e.getRate(), -2);
+    Triangular t(0, 2, 1);
+    EXPECT_EQ(messageOf([&] { t.setC(3); }), "Invalid parameters for triangular distribution.");
+    EXPECT_EQ(t.getC(), 3);
+    PearsonVI p(1, 2, 3);
+    EXPECT_EQ(messageOf([&] { p.setAlpha2(0); }), "Invalid parameters for Pearson VI distribution.");
+    EXPECT_EQ(p.getAlpha2(), 0);
+    Deterministic d(1);
+    d.setVal(-7);  // stores without a check
+    EXPECT_EQ(d.getVal(), -7);
+}
+
+TEST(DistStream, EqualSeedsGiveEqualVariatesInEveryFamily) {
+    auto makeAll = [] {
+        std::vector<std::shared_ptr<Dist>> all = {
+            std::make_shared<Uniform>(1, 3),     std::make_shared<Exponential>(2),
+            std::make_shared<Normal>(1, 2),      std::make_shared<Lognormal>(0, 0.5),
+            std::make_shared<Triangular>(0, 2, 0.5), std::make_shared<ChiSquare>(3),
+            std::make_shared<Weibull>(1.5, 2),   std::make_shared<Gamma>(0.7, 2),
+            std::make_shared<Beta>(2, 3),        std::make_shared<PearsonV>(3, 2),
+            std::make_shared<PearsonVI>(2, 3, 1.5)};
+        return all;
+    };
+    auto first = makeAll(), second = makeAll();
+    for (size_t f = 0; f < first.size(); f++) {
+        first[f]->setSeed(4711);
+        second[f]->setSeed(4711);
+        for (int i = 0; i < 50; i++) ASSERT_EQ(first[f]->generateVariate(), second[f]->generateVariate()) << f;
+    }
+}
+
+TEST(DistStream, UnseededObjectsDrawDifferentSequences) {
+    Exponential a(1), b(1);
+    bool differ = false;
+    for (int i = 0; i < 10; i++) differ |= a.generateVariate() != b.generateVariate();
+    EXPECT_TRUE(differ);
+}
+
+TEST(DistStream, CopiesOwnTheirStreamAndContinueTheSourceSequence) {
+    Normal source(0, 1);
+    source.setSeed(99);
+    source.generateVariate();
+    Normal copy(source);
+    for (int i = 0; i < 5; i++) EXPECT_EQ(copy.generateVariate(), source.generateVariate());
+    copy.setSeed(1);  // reseeding the copy leaves the source's stream alone
+    Normal reference(0, 1);
+    reference.setSeed(99);
+    for (int i = 0; i < 6; i++) reference.generateVariate();
+    EXPECT_EQ(source.generateVariate(), reference.generateVariate());
+
+    Normal assigned(5, 5);
+    assigned = source;
+    EXPECT_EQ(assigned.getMean(), 0);
+    EXPECT_EQ(assigned.generateVariate(), source.generateVariate());
+}
+
+TEST(DistLikelihood, SumsLogDensitiesInTraceOrder) {
+    Trace empty;
+    EXPECT_EQ(Normal(1, 2).compute_loglikelihood(&empty), 0);
+    Trace values(std::vector<double>{0.5, 1.5, 3.0});
+    // scipy.stats.norm(1, 2).logpdf([0.5, 1.5, 3.0]).sum()
+    EXPECT_NEAR(Normal(1, 2).compute_loglikelihood(&values), -5.39875714129385, 1e-12);
+    Trace outside(std::vector<double>{1, -1});
+    double ll = Exponential(1).compute_loglikelihood(&outside);
+    EXPECT_TRUE(std::isinf(ll) && ll < 0);
+}
