@@ -1,0 +1,250 @@
+// Trace storage: the two file layouts, the reading rules, load from a
+// configuration, replay and the failures, and the fast number text that has
+// to equal stream insertion and extraction exactly.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+#include "traces/trace.h"
+
+using velmora::Trace;
+
+namespace {
+
+std::string tempPath(const std::string& name) { return ::testing::TempDir() + "velmora_trace_io_" + name; }
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << text;
+}
+
+std::vector<double> contents(Trace& trace) {
+    std::vector<double> v;
+    for (unsigned i = 0; i < trace.getSize(); ++i) v.push_back(trace.getElement(i));
+    return v;
+}
+
+// The message of the Exception that `f` raises, with its source name in front.
+template <typename F>
+std::string failureOf(F f) {
+    try {
+        f();
+    } catch (velmora::Exception& e) {
+        return e.file + ": " + e.message;
+    }
+    return "no failure";
+}
+
+bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+}  // namespace
+
+TEST(Trace, SaveKeepsSixSignificantDigits) {
+    std::string path = tempPath("six");
+    Trace trace(std::vector<double>{1234.56789});
+    trace.save(path, false);
+    EXPECT_EQ(readFile(path), "1234.57\n");
+    Trace back(path, false);
+    ASSERT_EQ(back.getSize(), 1u);
+    EXPECT_EQ(back.getElement(0), 1234.57);
+}
+
+TEST(Trace, CountedEmptyTraceIsTheSingleLineZero) {
+    std::string path = tempPath("empty");
+    Trace().save(path, true);
+    EXPECT_EQ(readFile(path), "0\n");
+    Trace back(path, true);
+    EXPECT_EQ(back.getSize(), 0u);
+}
+
+TEST(Trace, SavedFilesReadBackInBothLayouts) {
+    std::vector<double> values = {0.0, -2.5, 1e-7, 3.14159265358979, -1.0e22, 123456789.0, 42.0, 6.02214076e23};
+    for (bool counted : {false, true}) {
+        std::string path = tempPath(counted ? "rt_counted" : "rt_plain");
+        Trace(values).save(path, counted);
+        if (counted) {
+            EXPECT_EQ(readFile(path).substr(0, 2), "8\n");
+        }
+        Trace back(path, counted);
+        ASSERT_EQ(back.getSize(), values.size());
+        for (std::size_t i = 0; i < values.size(); ++i)
+            EXPECT_NEAR(back.getElement(i), values[i], 5e-6 * std::fabs(values[i])) << i;
+    }
+    Trace trace(values);
+    EXPECT_EQ(trace.toString(velmora::FORMAT_CONFIG),
+              "0\n-2.5\n1e-07\n3.14159\n-1e+22\n1.23457e+08\n42\n6.02214e+23\n");
+    EXPECT_EQ(Trace(std::vector<double>{1, 2.5}).toString(std::string(", ")), "1, 2.5, ");
+}
+
+TEST(Trace, ReadingRulesForLinesAndLayouts) {
+    struct Case {
+        const char* text;
+        bool counted;
+        std::vector<double> expected;
+    };
+    const double huge = std::numeric_limits<double>::max();
+    const Case cases[] = {
+        {"3.5 abc\n# 3.5\n # 3.5\n", false, {3.5, 0.0}},
+        {"\n\n2\n\n", false, {2.0}},
+        {"1\n2\n3\n", true, {2.0, 3.0}},             // a plain file loses its first value
+        {"3\n1\n2\n3\n", false, {3.0, 1.0, 2.0, 3.0}},  // the count read as a value
+        {"# comment\n3\n5\n6\n", true, {3.0, 5.0, 6.0}},
+        {"99\n7\n", true, {7.0}},                     // a wrong count does no harm
+        {"", true, {}},
+        {"0\n", true, {}},
+        {"1\n2", false, {1.0, 2.0}},                  // no line feed at the end
+        {"   \n", false, {0.0}},                      // blanks alone read as 0
+        {"\t7 8\n+3\n-.5\n5.\nabc\n1.5e\n1e3x\n0x10\n", false, {7.0, 3.0, -0.5, 5.0, 0.0, 0.0, 1000.0, 0.0}},
+        {"inf\nnan\n1e400\n-1e400\n", false, {0.0, 0.0, huge, -huge}},
+        {"2.5\r\n#x\r\n", false, {2.5}},
+    };
+    for (const Case& c : cases) {
+        std::string path = tempPath("rules");
+        writeFile(path, c.text);
+        Trace trace(path, c.counted);
+        EXPECT_EQ(contents(trace), c.expected) << "text: " << c.text << " counted: " << c.counted;
+    }
+}
+
+TEST(Trace, LoadFromConfiguration) {
+    std::string path = tempPath("conf");
+    writeFile(path, "2\n10\n20\n");
+
+    velmora::Config plain;
+    plain.setValue("trace", path, true);
+    EXPECT_EQ(contents(*std::make_unique<Trace>(&plain)), (std::vector<double>{2, 10, 20}));
+
+    velmora::Config counted;
+    counted.setValue("model", "trace", true);
+    counted.setValue("trace", path, true);
+    counted.setValue("traceformat", "1", true);
+    EXPECT_EQ(contents(*std::make_unique<Trace>(&counted)), (std::vector<double>{10, 20}));
+
+    velmora::Config notOne;
+    notOne.setValue("trace", path, true);
+    notOne.setValue("traceformat", "true", true);  // only the text "1" selects the counted layout
+    EXPECT_EQ(Trace(&notOne).getSize(), 3u);
+
+    velmora::Config other;
+    other.setValue("model", "Trace", true);
+    other.setValue("trace", path, true);
+    EXPECT_EQ(failureOf([&] { Trace t(&other); }), "trace: Not a Trace.");
+
+    velmora::Config missing;
+    EXPECT_EQ(failureOf([&] { Trace t(&missing); }), "trace: No trace data given.");
+}
+
+TEST(Trace, FailuresAndTheirMessages) {
+    Trace trace(std::vector<double>{1.0, 2.0});
+    EXPECT_EQ(failureOf([&] { trace.getElement(2); }), "trace: Invalid trace element.");
+    EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }),
+              "trace: Initialize Random Number Generation first.");
+    EXPECT_EQ(failureOf([&] { trace.computeLikelihood(&trace); }), "trace: Not implemented.");
+    EXPECT_EQ(failureOf([&] { trace.save(::testing::TempDir(), false); }), "trace: Cannot open file.");
+
+    // The old contents go even when the file cannot be opened.
+    EXPECT_EQ(failureOf([&] { trace.load(tempPath("does/not/exist"), false); }), "trace: Cannot open file.");
+    EXPECT_EQ(trace.getSize(), 0u);
+
+    Trace empty;
+    empty.initRandomNumberGeneration(1);
+    EXPECT_EQ(failureOf([&] { empty.getNextRandomVariate(); }), "trace: End of trace reached.");
+}
+
+TEST(Trace, ReplayIsACursorThatOnlyInitializationResets) {
+    Trace trace(std::vector<double>{1.0, 2.0});
+    EXPECT_EQ(trace.getProcessType(), velmora::PROCESS_TRACE);
+    EXPECT_EQ(trace.getProcessDescription(), "Trace");
+    trace.initRandomNumberGeneration(99);
+    EXPECT_EQ(trace.getNextRandomVariate(), 1.0);
+    trace.appendElement(3.0);
+    EXPECT_EQ(trace.getNextRandomVariate(), 2.0);
+    EXPECT_EQ(trace.getNextRandomVariate(), 3.0);
+    EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }), "trace: End of trace reached.");
+    trace.initRandomNumberGeneration(0);
+    EXPECT_EQ(trace.getNextRandomVariate(), 1.0);
+}
+
+// The writer must give what stream insertion gives, byte for byte, over all
+// forms: fixed and exponent, negatives, zeros, subnormals, extremes, values
+// that round up to the next power of ten, and the non-finite ones.
+TEST(Trace, NumberTextEqualsStreamInsertion) {
+    std::vector<double> values = {0.0, -0.0, 1.0, -1.0, 0.1, 1e-4, 1e-5, 9.999995e-5, 999999.4, 999999.5,
+                                  123456.5, 1234567.0, 1e15, 1e16, 1e100, -1e-100, DBL_MAX, -DBL_MAX, DBL_MIN,
+                                  4.9406564584124654e-324, 1e-320, 0.5, 2.5, 1234.56789, 3.0000005,
+                                  std::numeric_limits<double>::infinity(),
+                                  -std::numeric_limits<double>::infinity(),
+                                  std::numeric_limits<double>::quiet_NaN(),
+                                  -std::numeric_limits<double>::quiet_NaN()};
+    std::mt19937_64 bits(12345);
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    std::uniform_int_distribution<int> exponent(-30, 30);
+    for (int i = 0; i < 100000; ++i) {
+        values.push_back(unit(bits) * std::pow(10.0, exponent(bits)));
+        std::uint64_t raw = bits();
+        double any;
+        std::memcpy(&any, &raw, sizeof any);
+        values.push_back(any);
+        // Six-digit decimals sit right on the rounding edges of the format.
+        values.push_back(std::round(unit(bits) * 1e7) / 10.0 + 0.05);
+    }
+    std::ostringstream expected;
+    for (double v : values) expected << v << '\n';
+    EXPECT_EQ(Trace(values).toString(velmora::FORMAT_CONFIG), expected.str());
+
+    std::string path = tempPath("writer");
+    Trace(values).save(path, true);
+    EXPECT_EQ(readFile(path), std::to_string(values.size()) + "\n" + expected.str());
+}
+
+// The reader must give what toDouble gives for every line, to the bit.
+TEST(Trace, NumberReadingEqualsStreamExtraction) {
+    std::vector<std::string> lines = {"0", "-0", "007", "1.", ".5", "-.5", "-", ".", "+.5", "+-1", "--1", "1e",
+                                      "1e+", "1e-", "1E5", "1e+05", "2e-324", "3e-324", "1e-310", "1e-400",
+                                      "1e308", "1.8e308", "-1.8e308", "0.1e1.5", "12abc", "1,5", "1 2",
+                                      "\v\f 4", "0x1p3", "infinity", "-nan", "1e0000000000000000000001",
+                                      "123456789012345678901234567890", "0.000000000000000000000000001"};
+    std::mt19937_64 bits(777);
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    std::uniform_int_distribution<int> exponent(-300, 300), digits(1, 17);
+    char text[64];
+    for (int i = 0; i < 50000; ++i) {
+        double v = unit(bits) * std::pow(10.0, exponent(bits));
+        std::snprintf(text, sizeof text, "%.*g", digits(bits), v);
+        lines.push_back(text);
+        std::snprintf(text, sizeof text, "%.*f", digits(bits), v / std::pow(10.0, exponent(bits) / 10));
+        lines.push_back(text);
+    }
+    std::string file;
+    for (const std::string& line : lines) file += line + "\n";
+    std::string path = tempPath("reader");
+    writeFile(path, file);
+    Trace trace(path, false);
+    ASSERT_EQ(trace.getSize(), lines.size());
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        double expected = velmora::toDouble(lines[i]);
+        double got = trace.getElement(static_cast<unsigned>(i));
+        EXPECT_TRUE(sameBits(got, expected)) << "line \"" << lines[i] << "\": " << got << " vs " << expected;
+    }
+}
