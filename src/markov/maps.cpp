@@ -1,0 +1,300 @@
+// MAP: validity, the generator matrix, the stationary interval distribution
+// by uniformization, the log-likelihood of a trace by the scaled forward
+// recursion a <- a exp(D0 x) D1, and the phase-by-phase generator of
+// intervals, in which a variate is the sum of all sojourns up to the first
+// transition with an event.
+#include "markov/maps.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "core/libvelmora_settings.h"
+#include "markov/cph.h"
+#include "numerics/misc_linalg.h"
+#include "numerics/random.h"
+#include "traces/trace.h"
+
+namespace velmora {
+
+namespace {
+
+// Ten times the smallest normal double: a scaling factor below it is lifted
+// to it so that its logarithm stays finite.
+const double kSmallestScale = 2.2250738585072014e-307;
+
+}  // namespace
+
+MAP::MAP(Matrix d0, Matrix d1) : MEP(std::move(d0), std::move(d1)) { setIdentity(); }
+MAP::MAP(std::string file, format f) : MEP(file, f) { setIdentity(); }
+MAP::MAP(Config* config) : MEP(config) { setIdentity(); }
+MAP::MAP(XMLConfig* document) : MEP(document) { setIdentity(); }
+
+MAP::MAP(const MAP& other) : MEP(other) {
+    setIdentity();
+    rngInitialized = false;
+}
+
+MAP& MAP::operator=(const MAP& other) {
+    if (this != &other) {
+        // The fields are copied one by one: the base of all processes has no
+        // assignment of its own.
+        D0 = other.D0;
+        D1 = other.D1;
+        ++matrixRevision;
+        delete rng;
+        setIdentity();
+        rngInitialized = false;
+    }
+    return *this;
+}
+
+MAP::~MAP() { delete rng; }
+
+void MAP::setIdentity() {
+    type = PROCESS_MAP;
+    typeName = "MAP";
+    modelName = "map";
+    rng = nullptr;
+    currentState = 0;
+    order = 0;
+    tableRevision = 0;
+    tableBuilt = false;
+}
+
+// ---------------------------------------------------------------------------
+// Validity
+
+bool MAP::valid_map() { return valid_map(D0, D1); }
+
+bool MAP::valid_map(Matrix d0) { return d0.isSubgeneratorMatrix(); }
+
+bool MAP::valid_map(Matrix d0, Matrix d1) {
+    unsigned n = d0.getNumberRows();
+    if (n == 0 || d0.getNumberCols() != n || d1.getNumberRows() != n || d1.getNumberCols() != n) return false;
+    for (unsigned i = 0; i < n; i++) {
+        const std::vector<double>& r0 = d0[i];
+        const std::vector<double>& r1 = d1[i];
+        double offDiagonal = 0;
+        double events = 0;
+        if (r0[i] > 0) return false;
+        for (unsigned j = 0; j < n; j++) {
+            if (j != i) {
+                if (r0[j] < 0) return false;
+                offDiagonal += r0[j];
+            }
+            if (r1[j] < 0) return false;
+            events += r1[j];
+        }
+        if (std::fabs(r0[i] + offDiagonal + events) > 1e-7) return false;
+    }
+    return true;
+}
+
+Matrix MAP::get_generator_matrix() {
+    if (!valid_map()) throw Exception("maps", __LINE__, "Not a valid MAP!");
+    return D0 + D1;
+}
+
+// ---------------------------------------------------------------------------
+// Summary and distribution
+
+std::string MAP::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
+    std::ostringstream out;
+    out << MEP::getSummary(moments, jointMoments, lags) << std::endl;
+    out.setf(std::ios::fixed, std::ios::floatfield);
+    out.precision(5);
+    out << std::endl;
+    out << "t\t\tpdf\t\tcdf" << std::endl;
+    out << "=\t\t===\t\t===" << std::endl;
+    // Five additions of 0.2 reach 1.0 exactly, so the table has six rows.
+    for (double x = 0.0; x <= 1.0; x += 0.2)
+        out << x << "\t\t" << evalPDF(x) << "\t\t" << evalCDF(x) << std::endl;
+    return out.str();
+}
+
+Distribution MAP::computeDistribution(double lower, double upper) {
+    return CPH::computeDistribution(lower, upper, D0, steady_state_vector_embedded_dtmc(), D1);
+}
+
+double MAP::evalCDF(double x) {
+    Distribution d = computeDistribution(x, x);
+    if (d.cdf.empty()) throw Exception("maps", __LINE__, "Invalid range for distribution.");
+    return d.cdf[0].second;
+}
+
+double MAP::evalPDF(double x) {
+    Distribution d = computeDistribution(x, x);
+    if (d.pdf.empty()) throw Exception("maps", __LINE__, "Invalid range for distribution.");
+    return d.pdf[0].second;
+}
+
+double MAP::evalCCDF(double x) { return 1 - evalCDF(x); }
+
+// ---------------------------------------------------------------------------
+// Likelihood
+
+double MAP::computeLikelihood(Trace* trace) {
+    const unsigned K = trace->getSize();
+    const double lambda = D0.getLargestValueAbsDiag();
+    const unsigned n = D0.getNumberRows();
+    Matrix P0 = D0 / lambda + Matrix(n, n, MATRIX_IDENTITY);
+    Matrix P1 = D1 / lambda;
+    if (P1.getNumberRows() != n || P1.getNumberCols() != n)
+        throw Exception("maps", __LINE__, "Invalid matrix dimensions.");
+
+    Matrix a = steady_state_vector_embedded_dtmc();
+    Matrix b(1, n);
+    Matrix scratch(1, n);
+    std::vector<const double*> p1(n);
+    for (unsigned k = 0; k < n; k++) p1[k] = P1[k].data();
+
+    // c is the running logarithm of the scaling factors.
+    double c = 0;
+    for (unsigned i = 0; i < K; i++) {
+        const double x = trace->getElement(i);
+        map_ph_randomization(&P0, &a, &scratch, &b, lambda, x, 1e-12);
+
+        // The rows are looked up again after each call: the routine may
+        // replace the matrices' storage.
+        std::vector<double>& brow = b[0u];
+        std::vector<double>& arow = a[0u];
+        double s = 0;
+        for (unsigned k = 0; k < n; k++) s += brow[k];
+        for (unsigned k = 0; k < n; k++) brow[k] = brow[k] / s;
+        if (s < kSmallestScale) s = kSmallestScale;
+        c = c + std::log(s);
+
+        // a = b P1, each entry summed over k in ascending order.
+        for (unsigned j = 0; j < n; j++) {
+            double sum = 0;
+            for (unsigned k = 0; k < n; k++) sum += brow[k] * p1[k][j];
+            arow[j] = sum;
+        }
+    }
+
+    std::vector<double>& arow = a[0u];
+    double s = 0;
+    for (unsigned k = 0; k < n; k++) s += arow[k];
+    for (unsigned k = 0; k < n; k++) arow[k] = arow[k] / s;
+    if (s < kSmallestScale) s = kSmallestScale;
+    return std::log(s) + c + K * std::log(lambda);
+}
+
+// ---------------------------------------------------------------------------
+// Generation
+
+void MAP::buildJumpTable() {
+    const unsigned n = D0.getNumberRows();
+    if (n == 0 || D0.getNumberCols() != n || D1.getNumberRows() != n || D1.getNumberCols() != n)
+        throw Exception("maps", __LINE__, "Invalid matrix dimensions.");
+    const unsigned width = 2 * n - 1;
+    order = n;
+    sojournRate.assign(n, 0.0);
+    jumpSums.assign(static_cast<std::size_t>(n) * width, 0.0);
+    jumpTarget.assign(static_cast<std::size_t>(n) * width, 0);
+    std::vector<unsigned char> canLeave(n, 0);  // some event has a positive chance from here on
+
+    // The partial sums are formed exactly as the walk would form them, so
+    // that looking them up gives the same phase as summing on the fly.
+    for (unsigned s = 0; s < n; s++) {
+        const std::vector<double>& r0 = D0[s];
+        const std::vector<double>& r1 = D1[s];
+        const double rate = -r0[s];
+        sojournRate[s] = rate;
+        double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
+        unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
+        double a = 0;
+        unsigned k = 0;
+        for (unsigned j = 0; j < n; j++) {
+            if (j == s) continue;
+            a += r0[j] / rate;
+            sums[k] = a;
+            targets[k++] = j;
+        }
+        for (unsigned j = 0; j < n; j++) {
+            double before = a;
+            a += r1[j] / rate;
+            sums[k] = a;
+            targets[k++] = j;
+            if (a > before && before < 1) canLeave[s] = 1;
+        }
+    }
+    // A phase from which no event can ever be reached would make the walk
+    // run for ever; it is marked, and the walk refuses to enter it.
+    reachesEvent = canLeave;
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (unsigned s = 0; s < n; s++) {
+            if (reachesEvent[s]) continue;
+            const double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
+            const unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
+            double before = 0;
+            for (unsigned k = 0; k + 1 < n; k++) {
+                if (sums[k] > before && before < 1 && reachesEvent[targets[k]]) {
+                    reachesEvent[s] = 1;
+                    changed = true;
+                    break;
+                }
+                before = sums[k];
+            }
+        }
+    }
+    tableRevision = matrixRevision;
+    tableBuilt = true;
+}
+
+void MAP::initRandomNumberGeneration(unsigned seed) {
+    rngInitialized = true;
+    delete rng;
+    rng = nullptr;
+    rng = new Rand(seed);
+    // The start phase is drawn before anything else of the stream.
+    double u = rng->uniform(0, 1);
+    Matrix pi = steady_state_vector_embedded_dtmc();
+    const std::vector<double>& p = pi[0u];
+    double sum = 0;
+    bool found = false;
+    unsigned last = 0;  // the last phase of positive probability
+    for (unsigned j = 0; j < p.size(); j++) {
+        if (p[j] > 0) last = j;
+        sum += p[j];
+        if (sum >= u) {
+            currentState = j;
+            found = true;
+            break;
+        }
+    }
+    // Rounding may keep the sum below u; u is then next to 1, and the last
+    // phase that can be entered is the nearest choice.
+    if (!found) currentState = last;
+    buildJumpTable();
+}
+
+double MAP::getNextRandomVariate() {
+    if (!rngInitialized || rng == nullptr)
+        throw Exception("maps", __LINE__, "Initialize Random Number Generation first.");
+    // New matrices after the start: the walk goes on with them if the phase
+    // still exists.
+    if (!tableBuilt || tableRevision != matrixRevision) buildJumpTable();
+    if (currentState >= order) throw Exception("maps", __LINE__, "Initialize Random Number Generation first.");
+
+    const unsigned n = order;
+    const unsigned width = 2 * n - 1;
+    unsigned s = currentState;
+    double t = 0;
+    while (true) {
+        t += rng->exponential(sojournRate[s]);
+        if (!reachesEvent[s]) throw Exception("maps", __LINE__, "No event can be reached from the current phase.");
+        const double v = rng->uniform(0, 1);
+        const double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
+        unsigned k = 0;
+        while (k < width && !(sums[k] >= v)) ++k;
+        if (k == width) continue;  // v above all sums through rounding: same phase
+        s = jumpTarget[static_cast<std::size_t>(s) * width + k];
+        if (k >= n - 1) break;  // a transition with an event ends the interval
+    }
+    currentState = s;
+    return t;
+}
+
+}  // namespace velmora
