@@ -1,0 +1,206 @@
+// The continuous phase-type distribution (T, tau): construction, the two
+// text forms, raw moments E[X^i] = i! tau (-T)^(-i) 1, generation by walking
+// the absorbing chain, and the validity tests.
+#include "markov/cph.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+#include "numerics/misc_math.h"
+#include "numerics/random.h"
+
+namespace velmora {
+
+// ---------------------------------------------------------------------------
+// Construction and text forms
+
+CPH::CPH() : PH() {
+    type = PROCESS_CPH;
+    typeName = "CPH";
+}
+
+CPH::CPH(Matrix T, Vector tau) : PH(std::move(T), std::move(tau)) {
+    type = PROCESS_CPH;
+    typeName = "CPH";
+}
+
+CPH::CPH(std::string file, format f) : CPH() { PH::load(file, f); }
+
+CPH::CPH(Config* config) : CPH() { load(config); }
+
+CPH::CPH(XMLConfig* document) : CPH() { load(document); }
+
+void CPH::load(Config* config) {
+    if (config->existsKey("model") && config->getValue("model") != "cph")
+        throw Exception("cph", __LINE__, "Not a CPH.");
+    T = config->getValueAsMatrix("T");
+    tau = Vector(config->getValueAsMatrix("tau").getRow(0), true);
+}
+
+void CPH::load(XMLConfig* document) {
+    XMLElement* root = document->getDocumentRoot();
+    if (root == nullptr || root->getTag() != "velmora" || root->getChildElement("ph") == nullptr)
+        throw Exception("cph", __LINE__, "Not a PH distribution.");
+    load(root->getChildElement("ph"));
+}
+
+// "d0" is one flat list of the entries of T, row after row; the order is
+// the integer part of the square root of their number.
+void CPH::load(XMLElement* element) {
+    if (element->getTag() != "ph") throw Exception("cph", __LINE__, "Not a PH distribution.");
+    XMLElement* d0 = element->getChildElement("d0");
+    XMLElement* pi = element->getChildElement("pi");
+    if (d0 == nullptr || pi == nullptr) throw Exception("cph", __LINE__, "Not a PH description.");
+
+    std::vector<std::string> pieces = splitString(d0->getValue(), ' ');
+    std::vector<double> values;
+    values.reserve(pieces.size());
+    for (const std::string& piece : pieces) values.push_back(toDouble(piece));
+    unsigned n = static_cast<unsigned>(std::sqrt(static_cast<double>(values.size())));
+    T = Matrix(values, n, n, true);
+    tau = Vector(Matrix(pi->getValue()).getRow(0), true);
+}
+
+std::string CPH::toString(format f) {
+    std::ostringstream out;
+    if (f == FORMAT_CONFIG) {
+        out << "model = cph" << std::endl;
+        out << "T = " << T.toString(10) << std::endl;
+        out << "tau = " << tau.toString(10) << std::endl;
+    } else if (f == FORMAT_XML) {
+        out << "<ph>" << std::endl;
+        out << "<states>" << getOrder() << "</states>" << std::endl;
+        out << "<d0>" << T.toString(10) << "</d0>" << std::endl;
+        out << "<pi>" << tau.toString(10) << "</pi>" << std::endl;
+        out << "</ph>" << std::endl;
+    } else {
+        throw Exception("cph", __LINE__, "Output format not supported for CPHs.");
+    }
+    return out.str();
+}
+
+// ---------------------------------------------------------------------------
+// Moments
+
+std::vector<double> CPH::getMoments(unsigned first, unsigned last) const {
+    std::vector<double> result;
+    Matrix minusT = -T;
+    Vector ones(getOrder(), false, VECTOR_ONES);
+    for (unsigned long long i = first; i <= last; i++) {
+        Matrix power = minusT ^ -static_cast<int>(i);
+        double product = (tau * power * ones)[0][0];
+        result.push_back(static_cast<double>(fac(static_cast<unsigned long>(i))) * product);
+    }
+    return result;
+}
+
+double CPH::getVariance() const {
+    std::vector<double> m = getMoments(1, 2);
+    return m[1] - m[0] * m[0];
+}
+
+Vector CPH::getExitRates() const {
+    Vector result(getOrder(), false);
+    for (unsigned i = 0; i < getOrder(); i++) result[i] = -T.getRowSum(i);
+    return result;
+}
+
+// ---------------------------------------------------------------------------
+// Generation
+
+// True if absorption can be reached from `start` through positive rates.
+static bool absorptionReachable(const Matrix& T, unsigned start) {
+    unsigned n = T.getNumberRows();
+    std::vector<bool> seen(n, false);
+    std::vector<unsigned> stack(1, start);
+    seen[start] = true;
+    while (!stack.empty()) {
+        unsigned s = stack.back();
+        stack.pop_back();
+        if (T.getRowSum(s) < 0) return true;
+        const std::vector<double>& row = T[s];
+        for (unsigned j = 0; j < n; j++)
+            if (j != s && row[j] > 0 && !seen[j]) {
+                seen[j] = true;
+                stack.push_back(j);
+            }
+    }
+    return false;
+}
+
+// Draw order per variate: one uniform for the start; then per visited phase
+// one exponential sojourn and one uniform for the jump.
+double CPH::getNextRandomVariate() {
+    if (!rngInitialized) throw Exception("cph", __LINE__, "Initialize Random Number Generation first.");
+    const unsigned n = getOrder();
+    const unsigned m = tau.getNumberEntries();
+
+    double u = rng->uniform(0, 1);
+    double p = getTau0();
+    if (p >= u) return 0.0;
+    unsigned c = 0;
+    for (unsigned i = 0; i < m; i++) {
+        p += tau(i);
+        if (p >= u) {
+            c = i;
+            break;
+        }
+    }
+
+    double t = 0;
+    // A chain from which absorption can't be reached would walk for ever;
+    // after every 2^20 visits the walk checks that an exit is still ahead.
+    unsigned long visits = 0;
+    while (true) {
+        const std::vector<double>& row = T[c];
+        const double rate = -row[c];
+        t += rng->exponential(rate);
+        double v = rng->uniform(0, 1);
+        double a = 0;
+        unsigned next = n;
+        for (unsigned j = 0; j < n; j++) {
+            if (j == c) continue;
+            a += row[j] / rate;
+            if (a >= v) {
+                next = j;
+                break;
+            }
+        }
+        if (next == n) break;
+        c = next;
+        if ((++visits & 0xFFFFF) == 0 && !absorptionReachable(T, c))
+            throw Exception("cph", __LINE__, "Absorption can't be reached from the current phase.");
+    }
+    return t;
+}
+
+// ---------------------------------------------------------------------------
+// Validity and structure
+
+bool CPH::valid_ph() const {
+    if (!T.isSubgeneratorMatrix()) return false;
+    const unsigned m = tau.getNumberEntries();
+    double sum = 0;
+    for (unsigned i = 0; i < m; i++) {
+        if (tau(i) < 0) return false;
+        sum += tau(i);
+    }
+    return std::fabs(sum - 1.0) <= 1e-5;
+}
+
+bool CPH::isExponential() const { return valid_ph() && getOrder() == 1 && tau(0) == 1.0; }
+
+// No tolerance: the rates must be equal to the last bit.
+bool CPH::isErlang() const {
+    if (!valid_ph() || tau(0) != 1.0) return false;
+    const unsigned n = getOrder();
+    const double lambda = T[n - 1][n - 1];
+    for (unsigned i = 0; i + 1 < n; i++)
+        if (T[i][i] != lambda || -T[i][i + 1] != lambda) return false;
+    return hasSeriesCF();
+}
+
+}  // namespace velmora

@@ -1,0 +1,120 @@
+// What all phase-type models share: the fields T and tau, file reading and
+// writing through the class's own text forms, the summary, the uncorrelated
+// autocorrelations and the random stream.
+#include "markov/ph.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+#include "numerics/random.h"
+
+namespace velmora {
+
+// A row vector stays, a column vector becomes one.
+static Vector asRow(const Vector& v) { return v.isRowVector() ? v : v.transpose(); }
+
+PH::PH() : rng(nullptr) {}
+
+PH::PH(Matrix T, Vector tau) : T(std::move(T)), tau(asRow(tau)), rng(nullptr) {}
+
+PH::PH(const PH& other) : Process(other), T(other.T), tau(other.tau), rng(nullptr) {
+    if (other.rng != nullptr) rng = new Rand(*other.rng);
+}
+
+PH& PH::operator=(const PH& other) {
+    if (this == &other) return *this;
+    Rand* copy = other.rng != nullptr ? new Rand(*other.rng) : nullptr;
+    delete rng;
+    rng = copy;
+    type = other.type;
+    typeName = other.typeName;
+    rngInitialized = other.rngInitialized;
+    T = other.T;
+    tau = other.tau;
+    return *this;
+}
+
+PH::~PH() { delete rng; }
+
+std::string PH::getProcessDescription() { return typeName + "(" + velmora::toString(getOrder()) + ")"; }
+
+void PH::load(std::string file, format f) {
+    if (f == FORMAT_CONFIG) {
+        Config* config = new Config(file);
+        try {
+            load(config);
+        } catch (...) {
+            delete config;
+            throw;
+        }
+        delete config;
+    } else if (f == FORMAT_XML) {
+        XMLConfig* document = new XMLConfig(file);
+        try {
+            load(document);
+        } catch (...) {
+            delete document;
+            throw;
+        }
+        delete document;
+    } else {
+        throw Exception("ph", __LINE__, "Unsupported format.");
+    }
+}
+
+// The format is checked by toString, after the file has been emptied.
+void PH::save(std::string file, format f) {
+    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
+    if (!out) throw Exception("ph", __LINE__, "Cannot open file.");
+    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>" << std::endl << "<velmora>" << std::endl;
+    out << toString(f);
+    if (f == FORMAT_XML) out << "</velmora>" << std::endl;
+    out.close();
+}
+
+std::string PH::getSummary() { return getSummary(5, 0, 0); }
+
+std::string PH::getSummary(unsigned moments, unsigned, unsigned) {
+    std::ostringstream out;
+    out << "Summary:" << std::endl;
+    out << "=========================" << std::endl;
+    out << std::endl;
+    out << toString(FORMAT_CONFIG) << std::endl;
+    std::vector<double> m = getMoments(0, moments);
+    for (unsigned i = 0; i < m.size(); i++) out << "Moment " << i << ": " << m[i] << std::endl;
+    out << "Variance: " << getVariance() << std::endl;
+    return out.str();
+}
+
+std::vector<double> PH::getAutocorrelations(unsigned first, unsigned last) const {
+    std::vector<double> result;
+    // A wide counter, so that last = UINT_MAX ends the loop.
+    for (unsigned long long lag = first; lag <= last; lag++) result.push_back(lag == 0 ? 1.0 : 0.0);
+    return result;
+}
+
+void PH::initRandomNumberGeneration(unsigned seed) {
+    rngInitialized = true;
+    delete rng;
+    rng = nullptr;
+    rng = new Rand(seed);
+}
+
+unsigned PH::getOrder() const { return T.getNumberRows(); }
+Matrix PH::getT() const { return T; }
+void PH::setT(Matrix T) { this->T = std::move(T); }
+Vector PH::getTau() const { return tau; }
+void PH::setTau(Vector tau) { this->tau = std::move(tau); }
+
+double PH::getTau0() const {
+    double sum = 0;
+    for (unsigned i = 0; i < tau.getNumberEntries(); i++) sum += tau(i);
+    return 1.0 - sum;
+}
+
+bool PH::isAcyclic() const { return valid_ph() && (T.isLowerTriangular() || T.isUpperTriangular()); }
+
+}  // namespace velmora
