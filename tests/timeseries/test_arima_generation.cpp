@@ -15,6 +15,8 @@ using namespace velmora;
 // errors of about 0.002. The tolerances are about five of these.
 TEST(ARIMA, MillionValuesOfTheExampleMatchTheAnalyticStatistics) {
     ARIMA m(std::string(VELMORA_SOURCE_DIR) + "/examples/arma.xml", FORMAT_XML);
+    ASSERT_EQ(m.getProcessDescription(), "ARIMA(2,0,1)");
+    ASSERT_TRUE(m.isStationary());
     const unsigned n = 1000000;
     std::vector<double> x(n);
     m.initRandomNumberGeneration(4711);
