@@ -15,6 +15,8 @@ Process::Process() : type(PROCESS_XML), typeName(), rngInitialized(false) {}
 Process::Process(const Process& other)
     : type(other.type), typeName(other.typeName), rngInitialized(other.rngInitialized) {}
 
+Process& Process::operator=(const Process& other) = default;
+
 Process::~Process() = default;
 
 process_type Process::getProcessType() { return type; }

@@ -40,6 +40,7 @@ class Process {
 public:
     Process();
     Process(const Process& other);
+    Process& operator=(const Process& other);
     virtual ~Process();
 
     virtual std::string getProcessDescription() = 0;
