@@ -44,6 +44,9 @@ Matrix::Matrix(std::vector<std::vector<double>> data) {
     if (!data.empty() && !data[0].empty()) rows = std::move(data);
 }
 
+Matrix::Matrix(std::initializer_list<std::vector<double>> data)
+    : Matrix(std::vector<std::vector<double>>(data)) {}
+
 Matrix::Matrix(std::vector<double> data, unsigned nrows, unsigned ncols, bool rowMajor) {
     if (data.size() != static_cast<unsigned long long>(nrows) * ncols)
         throw Exception("matrix", __LINE__, "Invalid matrix dimensions.");

@@ -4,6 +4,7 @@
 #ifndef VELMORA_NUMERICS_MATRIX_H
 #define VELMORA_NUMERICS_MATRIX_H
 
+#include <initializer_list>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -22,6 +23,8 @@ public:
     Matrix();
     Matrix(unsigned rows, unsigned cols, MatrixType type = MATRIX_ZERO);
     Matrix(std::vector<std::vector<double>> data);
+    // Matrix({{1, 2}, {3, 4}}): without it the braces could also make a string.
+    Matrix(std::initializer_list<std::vector<double>> data);
     Matrix(std::vector<double> data, unsigned rows, unsigned cols, bool rowMajor);
     // Rows separated by one line feed, values by blanks.
     explicit Matrix(std::string text);
@@ -138,6 +141,8 @@ public:
     Vector();
     Vector(unsigned n, bool isRow, VectorType type = VECTOR_ZERO);
     Vector(std::vector<double> data, bool isRow);
+    // Vector({6}, false) is the one-entry vector, not six zeros.
+    Vector(std::initializer_list<double> data, bool isRow);
     Vector(const Vector& other) = default;
     Vector& operator=(const Vector& other) = default;
     Vector(Vector&& other) = default;

@@ -29,6 +29,9 @@ Vector::Vector(unsigned n, bool isRow_, VectorType type)
 Vector::Vector(std::vector<double> data, bool isRow_)
     : Matrix(asRows(std::move(data), isRow_)), isRow(isRow_) {}
 
+Vector::Vector(std::initializer_list<double> data, bool isRow_)
+    : Vector(std::vector<double>(data), isRow_) {}
+
 unsigned Vector::getNumberEntries() const { return getNumberRows() * getNumberCols(); }
 
 bool Vector::isRowVector() const { return isRow; }

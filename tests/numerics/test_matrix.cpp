@@ -1,0 +1,360 @@
+// Matrix and Vector: construction, the two text forms, checked access, the
+// failures with their messages, and the product against the plain loop.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "numerics/matrix.h"
+
+using namespace velmora;
+
+namespace {
+
+// "<source>: <message>" of the Exception that f raises.
+std::string failureOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (Exception& e) {
+        return e.file + ": " + e.message;
+    }
+    return "no failure";
+}
+
+const std::string INDEX = "matrix: Invalid row or col index.";
+const std::string COUNTS = "matrix: Invalid value for number of rows or cols.";
+const std::string NOT_A_MATRIX = "matrix: Not a matrix.";
+
+Matrix m22() { return Matrix({{1, 2}, {3, 4}}); }
+
+}  // namespace
+
+TEST(Matrix, ConstructorsRefuseInvalidShapes) {
+    struct Case {
+        const char* what;
+        std::function<void()> f;
+        std::string failure;
+    } cases[] = {
+        {"zero rows", [] { Matrix(0, 2, MATRIX_ZERO); }, COUNTS},
+        {"zero cols", [] { Matrix(2, 0, MATRIX_ONES); }, COUNTS},
+        {"identity 2x3", [] { Matrix(2, 3, MATRIX_IDENTITY); }, "matrix: Cannot create identity matrix."},
+        {"ragged rows", [] { Matrix({{1, 2}, {3}}); }, NOT_A_MATRIX},
+        {"list too short", [] { Matrix({1, 2, 3}, 2, 2, true); }, "matrix: Invalid matrix dimensions."},
+        {"empty vector", [] { Vector(0, true, VECTOR_ZERO); }, COUNTS},
+        {"empty column vector", [] { Vector(0, false, VECTOR_ONES); }, COUNTS},
+    };
+    for (const Case& c : cases) EXPECT_EQ(failureOf(c.f), c.failure) << c.what;
+}
+
+TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
+    EXPECT_EQ(Matrix(2, 2, MATRIX_IDENTITY), Matrix({{1, 0}, {0, 1}}));
+    EXPECT_EQ(Matrix(1, 3, MATRIX_ONES), Matrix({{1, 1, 1}}));
+    EXPECT_EQ(Matrix({1, 2, 3, 4, 5, 6}, 2, 3, true), Matrix({{1, 2, 3}, {4, 5, 6}}));
+    EXPECT_EQ(Matrix({1, 2, 3, 4, 5, 6}, 2, 3, false), Matrix({{1, 3, 5}, {2, 4, 6}}));
+    EXPECT_EQ(Matrix({1, 2}, MATRIX_ROW), Matrix({{1, 2}}));
+    EXPECT_EQ(Matrix({1, 2}, MATRIX_COLUMN), Matrix({{1}, {2}}));
+    EXPECT_EQ(Matrix({1, 2}, MATRIX_DIAGONAL), Matrix({{1, 0}, {0, 2}}));
+    EXPECT_EQ(Matrix().getNumberRows(), 0u);
+    EXPECT_EQ(Matrix().getNumberCols(), 0u);
+}
+
+TEST(Matrix, ReadsTheTextForm) {
+    struct Case {
+        std::string text;
+        Matrix expected;
+    } cases[] = {
+        {"1 2\n3 4", Matrix({{1, 2}, {3, 4}})},
+        {"  1   2  \n3 4 ", Matrix({{1, 2}, {3, 4}})},  // extra blanks add no tokens
+        {"0.5 -1e-3", Matrix({{0.5, -0.001}})},
+        {"1 x\n3 4", Matrix({{1, 0}, {3, 4}})},  // what can't be read counts as 0
+        // An empty line inside the text does not stand by itself: its line
+        // feed heads the next line.
+        {"1 2\n\n3 4", Matrix({{1, 2}, {3, 4}})},
+        {"\n1 2\n3 4", Matrix({{1, 2}, {3, 4}})},
+        {"1\n\n\n3", Matrix({{1}, {0}, {3}})},  // a lone line feed reads as 0
+        {"1\t2", Matrix({{1}})},  // tabs don't separate
+    };
+    for (const Case& c : cases) EXPECT_EQ(Matrix(c.text), c.expected) << c.text;
+}
+
+TEST(Matrix, RefusesMalformedText) {
+    struct Case {
+        std::string text;
+        std::string failure;
+    } cases[] = {
+        {"1 2\n3", NOT_A_MATRIX},
+        {"1 2\n3 4\n", NOT_A_MATRIX},  // the final line feed leaves an empty last line
+        {"", COUNTS},
+        {" \n1 2", COUNTS},
+    };
+    for (const Case& c : cases) EXPECT_EQ(failureOf([&] { Matrix m(c.text); }), c.failure) << c.text;
+}
+
+TEST(Matrix, WritesTheTextFormAndReadsItBack) {
+    Matrix m({{1.0 / 3, -2}, {1e-12, 123456789}});
+    EXPECT_EQ(m.toString(3), "0.333 -2 \n1e-12 1.23e+08 \n");
+    EXPECT_EQ(Matrix({{1, 2}, {3, 4}}).toString(6), "1 2 \n3 4 \n");
+    std::string text = m.toString(17);
+    Matrix back(text.substr(0, text.size() - 1));
+    EXPECT_EQ(back, m);
+    EXPECT_EQ(failureOf([&] { Matrix bad(text); }), NOT_A_MATRIX);
+    EXPECT_EQ(Matrix().toString(6), "");
+}
+
+TEST(Matrix, ConfigGetterReadsMultiLineValues) {
+    char path[] = "/tmp/velmora_test_matrix_XXXXXX";
+    int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    FILE* f = fdopen(fd, "w");
+    std::fputs("m = 1 2\n  3 4  \nx = 5\n", f);
+    std::fclose(f);
+    Config config{std::string(path)};
+    std::remove(path);
+    EXPECT_EQ(config.getValueAsMatrix("M"), Matrix({{1, 2}, {3, 4}}));
+    EXPECT_EQ(config.getValueAsMatrix("x"), Matrix({{5}}));
+    EXPECT_EQ(failureOf([&] { config.getValueAsMatrix("D0"); }), "conf: Key D0 does not exist.");
+}
+
+TEST(Matrix, IndexChecksGuardEveryAccess) {
+    Matrix m = m22();
+    Matrix empty;
+    std::function<void()> cases[] = {
+        [&] { m.getValue(2, 0); },
+        [&] { m.getValue(0, 2); },
+        [&] { m.setValue(2, 0, 1); },
+        [&] { m.addValue(0, 5, 1); },
+        [&] { m(-1, 0); },
+        [&] { m(0, -1); },
+        [&] { m(2u, 0u); },
+        [&] { m[-1]; },
+        [&] { m[2]; },
+        [&] { m[std::size_t(2)]; },
+        [&] { m.getRowSum(2); },
+        [&] { m.getRow(2); },
+        [&] { m.getCol(2); },
+        [&] { m.setRow(2, std::vector<double>{1, 2}); },
+        [&] { m.setRow(0, std::vector<double>{1, 2, 3}); },
+        [&] { m.setCol(0, std::vector<double>{1, 2, 3}); },
+        [&] { m.setCol(2, std::vector<double>{1, 2}); },
+        [&] { m.setRow(0, empty); },
+        [&] { m.getSubmatrix(1, 0, 0, 1); },
+        [&] { m.getSubmatrix(0, 2, 0, 1); },
+        [&] { m.getSubmatrix(0, 1, 1, 2); },
+        [&] { m.setSubmatrix(1, 1, m22()); },
+        [&] { empty.getLargestValue(); },
+        [&] { empty.getSmallestValueAbs(); },
+        [&] { empty.getLargestValueDiag(); },
+    };
+    int n = 0;
+    for (auto& f : cases) EXPECT_EQ(failureOf(f), INDEX) << "case " << n++;
+    EXPECT_EQ(m, m22());  // failures leave the operand unchanged
+}
+
+TEST(Matrix, BlockAccessReadsAndWritesTheRightEntries) {
+    Matrix m({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+    EXPECT_EQ(m.getSubmatrix(1, 2, 0, 1), Matrix({{4, 5}, {7, 8}}));
+    EXPECT_EQ(m.getCol(1), (std::vector<double>{2, 5, 8}));
+    EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 5, 9}));
+    EXPECT_EQ(Matrix({{1, 2, 3}, {4, 5, 6}}).getDiag(), (std::vector<double>{1, 5}));
+    m[1][2] = 60;
+    m(2, 0) = 70;
+    m.addValue(0, 0, 0.5);
+    m.setSubmatrix(1, 1, Matrix({{-1}, {-2}}));
+    EXPECT_EQ(m, Matrix({{1.5, 2, 3}, {4, -1, 60}, {70, -2, 9}}));
+    m.setRow(0, Matrix({{7, 7, 7}, {0, 0, 0}}));
+    m.setCol(2, Matrix({{1, 9}, {2, 9}, {3, 9}}));
+    EXPECT_EQ(m, Matrix({{7, 7, 1}, {4, -1, 2}, {70, -2, 3}}));
+    // A shorter list overwrites the leading entries only.
+    m.setRow(1, std::vector<double>{0});
+    EXPECT_EQ(m.getRow(1), (std::vector<double>{0, -1, 2}));
+    m.setDiag({1, 1, 1});
+    EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 1, 1}));
+    EXPECT_EQ(failureOf([&] { m.setDiag({1, 1}); }), "matrix: Invalid number of diagonal elements.");
+}
+
+TEST(Matrix, ResizeKeepsTheCommonPart) {
+    Matrix m = m22();
+    m.resize(3, 1);
+    EXPECT_EQ(m, Matrix({{1}, {3}, {0}}));
+    m.resize(2, 3);
+    EXPECT_EQ(m, Matrix({{1, 0, 0}, {3, 0, 0}}));
+    EXPECT_EQ(failureOf([&] { m.resize(0, 3); }), COUNTS);
+    EXPECT_EQ(m.getNumberEntries(), 6u);
+}
+
+TEST(Matrix, ScalarQueries) {
+    Matrix m({{-1, 2, -7}, {4, -0.5, 3}});
+    EXPECT_EQ(m.getLargestValue(), 4);
+    EXPECT_EQ(m.getSmallestValue(), -7);
+    EXPECT_EQ(m.getLargestValueAbs(), 7);
+    EXPECT_EQ(m.getSmallestValueAbs(), 0.5);
+    EXPECT_EQ(m.getLargestValueDiag(), -0.5);
+    EXPECT_EQ(m.getLargestValueAbsDiag(), 1);
+    EXPECT_EQ(m.getRowSum(1), 6.5);
+    EXPECT_EQ(m.getSum(), 0.5);
+    EXPECT_EQ(m.getRowSums(), Matrix({{-6}, {6.5}}));
+    EXPECT_TRUE(Matrix({{1, 0}, {2, 3}}).isLowerTriangular());
+    EXPECT_FALSE(Matrix({{1, 1e-300}, {2, 3}}).isLowerTriangular());
+    EXPECT_TRUE(Matrix({{1, 5}, {0, 3}}).isUpperTriangular());
+    EXPECT_FALSE(Matrix({{1, 5}, {1e-300, 3}}).isUpperTriangular());
+}
+
+TEST(Matrix, SubgeneratorTestHasNoTolerance) {
+    struct Case {
+        Matrix m;
+        bool expected;
+    } cases[] = {
+        {Matrix({{-1, 1}, {2, -3}}), true},
+        {Matrix(2, 2, MATRIX_ZERO), true},
+        {Matrix({{-1, 1.0000001}, {0, -1}}), false},  // row sum above 0
+        {Matrix({{0.5, -0.5}, {0, 0}}), false},       // diagonal above 0
+        {Matrix({{-1, 0}, {-1e-300, 0}}), false},     // negative off-diagonal entry
+        {Matrix({{-1, 1, 0}}), false},                // not square
+        {Matrix(), false},
+    };
+    for (const Case& c : cases) EXPECT_EQ(c.m.isSubgeneratorMatrix(), c.expected) << c.m.toString(6);
+}
+
+TEST(Matrix, WholeMatrixOperations) {
+    Matrix m = m22();
+    EXPECT_EQ(m.downshift(), Matrix({{0, 0}, {1, 2}}));
+    EXPECT_EQ(Matrix({{1, 2, 3}}).transpose(), Matrix({{1}, {2}, {3}}));
+    EXPECT_EQ(m * 2.0, Matrix({{2, 4}, {6, 8}}));
+    EXPECT_EQ(2.0 * m, m * 2.0);
+    EXPECT_EQ(m / 2.0, Matrix({{0.5, 1}, {1.5, 2}}));
+    EXPECT_EQ(-m, Matrix({{-1, -2}, {-3, -4}}));
+    EXPECT_EQ(m + m, m * 2.0);
+    EXPECT_EQ(m - m, Matrix(2, 2, MATRIX_ZERO));
+    EXPECT_EQ(m * m, Matrix({{7, 10}, {15, 22}}));
+    EXPECT_EQ(Matrix({{1, 2, 3}}) * Matrix({{1}, {1}, {1}}), Matrix({{6}}));
+    EXPECT_FALSE(m == Matrix({{1, 2}}));
+    EXPECT_FALSE(m == Matrix({{1, 2}, {3, 4.000000000000001}}));
+
+    Matrix small({{0.5, -0.49}, {-0.5, 1e-9}});
+    small.eliminateSmallValues(0.5);
+    EXPECT_EQ(small, Matrix({{0.5, 0}, {-0.5, 0}}));
+
+    Matrix r({{1, 2, 3}});
+    EXPECT_EQ(failureOf([&] { m * r; }), "matrix: These Matrices cannot be multiplied.");
+    EXPECT_EQ(failureOf([&] { m + r; }), "matrix: These Matrices cannot be added.");
+    EXPECT_EQ(failureOf([&] { m - r; }), "matrix: These Matrices cannot be subtracted.");
+}
+
+TEST(Matrix, PowersMultiplyFromTheRightAndInvertForNegativeExponents) {
+    Matrix m({{2, 1}, {1, 1}});
+    EXPECT_EQ(m ^ 0, Matrix(2, 2, MATRIX_IDENTITY));
+    EXPECT_EQ(m ^ 1, m);
+    EXPECT_EQ(m ^ 3, m * m * m);
+    EXPECT_EQ(m ^ -1, Matrix({{1, -1}, {-1, 2}}));
+    EXPECT_EQ(m ^ -2, Matrix({{2, -3}, {-3, 5}}));
+    EXPECT_EQ(m.inverse(), m ^ -1);
+    EXPECT_EQ(failureOf([] { Matrix({{1, 2}}) ^ 2; }), "matrix: Operation not permitted.");
+    EXPECT_EQ(failureOf([] { Matrix() ^ 1; }), "matrix: Operation not permitted.");
+    EXPECT_EQ(failureOf([] { Matrix({{1, 2}, {2, 4}}) ^ -1; }), "misc_linalg: Singular matrix.");
+}
+
+TEST(Matrix, ProductIsBitIdenticalToThePlainTripleLoop) {
+    const unsigned n = 50;
+    std::mt19937_64 gen(12345);
+    std::uniform_real_distribution<double> u(-1, 1);
+    Matrix a(n, n, MATRIX_ZERO), b(n, n, MATRIX_ZERO);
+    for (unsigned i = 0; i < n; i++)
+        for (unsigned j = 0; j < n; j++) {
+            a[i][j] = u(gen) * std::pow(10.0, static_cast<int>(u(gen) * 8));
+            b[i][j] = u(gen);
+        }
+    a[3][7] = -0.0;  // a signed zero term must not change the sum's zero
+    b[0][0] = -0.0;
+    Matrix c = a * b;
+    unsigned differing = 0;
+    for (unsigned i = 0; i < n; i++)
+        for (unsigned j = 0; j < n; j++) {
+            double sum = 0;
+            for (unsigned k = 0; k < n; k++) sum += a.getValue(i, k) * b.getValue(k, j);
+            double got = c.getValue(i, j);
+            if (std::memcmp(&sum, &got, sizeof sum) != 0) differing++;
+        }
+    EXPECT_EQ(differing, 0u);
+    // Rectangular shapes take the same road.
+    Matrix r = Matrix({{1e16, 1, -1e16}}) * Matrix({{1}, {1}, {1}});
+    EXPECT_EQ(r.getValue(0, 0), 0.0);  // (1e16 + 1) - 1e16 in this order
+}
+
+TEST(Vector, ConstructionOrientationAndSingleIndexAccess) {
+    Vector v;
+    EXPECT_FALSE(v.isRowVector());
+    EXPECT_EQ(v.getNumberEntries(), 0u);
+    Vector ones(3, true, VECTOR_ONES);
+    EXPECT_EQ(ones.toMatrix(), Matrix({{1, 1, 1}}));
+    Vector col({1, 2, 3}, false);
+    EXPECT_EQ(col.toMatrix(), Matrix({{1}, {2}, {3}}));
+    col[1] = 5;  // the brackets give the entry, not a row
+    col(2) += 1;
+    col.addValue(0, 0.5);
+    EXPECT_EQ(col.asVector(), (std::vector<double>{1.5, 5, 4}));
+    EXPECT_EQ(col.getValue(1), 5);
+    EXPECT_EQ(failureOf([&] { col[3]; }), INDEX);
+    EXPECT_EQ(failureOf([&] { col(-1); }), INDEX);
+    EXPECT_EQ(failureOf([&] { ones.setValue(3, 1); }), INDEX);
+
+    Vector t = col.transpose();
+    EXPECT_TRUE(t.isRowVector());
+    EXPECT_EQ(t.asVector(), col.asVector());
+    EXPECT_FALSE(t == col);  // orientation counts
+    EXPECT_TRUE(t == t.toMatrix());
+    EXPECT_EQ(t.getLargestValue(), 5);
+    EXPECT_EQ(t.toString(6), "1.5 5 4 \n");
+}
+
+TEST(Vector, NormalizeDividesByTheSumTakenFirst) {
+    Vector v({1, 2, 1}, true);
+    v.normalize();
+    EXPECT_EQ(v.asVector(), (std::vector<double>{0.25, 0.5, 0.25}));
+    EXPECT_EQ(v.getSum(), 1);
+}
+
+TEST(Vector, SetSubvectorChecksTheEnd) {
+    Vector v(4, false, VECTOR_ZERO);
+    v.setSubvector(2, Vector({7, 8}, true));
+    EXPECT_EQ(v.asVector(), (std::vector<double>{0, 0, 7, 8}));
+    EXPECT_EQ(failureOf([&] { v.setSubvector(3, Vector({7, 8}, false)); }), "matrix: Invalid vector index.");
+}
+
+TEST(Vector, ScalarArithmeticKeepsOrientation) {
+    Vector v({1, -2}, true);
+    EXPECT_EQ(v + 1.0, Vector({2, -1}, true));
+    EXPECT_EQ(1.0 + v, v + 1.0);
+    EXPECT_EQ(v * 3.0, Vector({3, -6}, true));
+    EXPECT_EQ(3.0 * v, v * 3.0);
+    EXPECT_EQ(v / 2.0, Vector({0.5, -1}, true));
+    EXPECT_EQ(-v, Vector({-1, 2}, true));
+}
+
+TEST(Vector, ProductsWithMatricesAndVectors) {
+    Matrix m({{1, 2}, {3, 4}});
+    Vector row({1, 1}, true), col({1, 1}, false);
+    EXPECT_EQ(row * m, Vector({4, 6}, true));
+    EXPECT_EQ(m * col, Vector({3, 7}, false));
+    EXPECT_EQ(row * col, Matrix({{2}}));
+    EXPECT_EQ(Vector({1, 2}, false) * Vector({3, 4}, true), Matrix({{3, 4}, {6, 8}}));
+    EXPECT_EQ(failureOf([&] { row * row; }), "matrix: Cannot multiply vectors.");
+    EXPECT_EQ(failureOf([&] { m * row; }), "matrix: These Matrices cannot be multiplied.");
+    EXPECT_EQ(failureOf([&] { row * Vector({1, 2, 3}, false); }),
+              "matrix: These Matrices cannot be multiplied.");
+}
+
+TEST(Vector, SumsRunOverTheLeftOperand) {
+    Vector a({1, 2}, true), b({10, 20, 30}, true);
+    EXPECT_EQ(a + b, Vector({11, 22}, true));
+    EXPECT_EQ(a - b, Vector({-9, -18}, true));
+    EXPECT_EQ(failureOf([&] { b + a; }), INDEX);
+    EXPECT_EQ(failureOf([&] { a + a.transpose(); }), "matrix: Cannot add vectors.");
+    EXPECT_EQ(failureOf([&] { a - a.transpose(); }), "matrix: Cannot add vectors.");
+}
