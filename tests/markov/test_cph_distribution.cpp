@@ -1,0 +1,255 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+
+#include "core/libvelmora_settings.h"
+#include "markov/cph.h"
+#include "numerics/random.h"
+
+using namespace velmora;
+
+namespace {
+
+Matrix mat(std::vector<std::vector<double>> rows) { return Matrix(rows); }
+Vector row(std::vector<double> v) { return Vector(v, true); }
+
+CPH dense() {
+    return CPH(mat({{-3, 1, 0.5}, {0.5, -2, 1}, {0.2, 0.3, -1.5}}), row({0.5, 0.3, 0.2}));
+}
+
+std::string messageOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (Exception& e) {
+        return e.message;
+    }
+    return "(no exception)";
+}
+
+}  // namespace
+
+TEST(Uniformization, PoissonWeightsAreRelativeToTheMode) {
+    // 1 / weightSum is the Poisson probability of the mode trunc(q) and
+    // leftWeight / weightSum that of the left limit (scipy.stats.poisson.pmf);
+    // the right limit is the smallest R with scipy.stats.poisson.sf(R, q) < 1e-12.
+    struct Case {
+        double q;
+        double pmfMode;
+        int left, right;
+        double pmfLeft;
+    };
+    const Case cases[] = {
+        {0.5, 0.6065306597126334, 0, 11, 0.6065306597126334},
+        {3.7, 0.20872013105035025, 0, 24, 0.024723526470339385},
+        // The left weights still count down to 0 beside a sum of about 16.
+        {40.0, 0.06294703942359213, 0, 92, 4.248354255291589e-18},
+    };
+    for (const Case& c : cases) {
+        double W, w;
+        int L, R;
+        map_ph_randomization_params(c.q, 1e-12, &W, &w, &L, &R);
+        EXPECT_NEAR(1 / W, c.pmfMode, 1e-12 * c.pmfMode) << c.q;
+        EXPECT_EQ(L, c.left) << c.q;
+        EXPECT_EQ(R, c.right) << c.q;
+        EXPECT_NEAR(w / W, c.pmfLeft, 1e-10 * c.pmfLeft) << c.q;
+    }
+    double W, w;
+    int L, R;
+    EXPECT_EQ(messageOf([&] { map_ph_randomization_params(-1, 1e-12, &W, &w, &L, &R); }),
+              "Invalid mean for uniformization.");
+    EXPECT_EQ(messageOf([&] { map_ph_randomization_params(NAN, 1e-12, &W, &w, &L, &R); }),
+              "Invalid mean for uniformization.");
+    // An eps beyond 1 trims down to the first weight and stops there.
+    map_ph_randomization_params(3.7, 2.0, &W, &w, &L, &R);
+    EXPECT_EQ(R, 0);
+}
+
+TEST(Uniformization, StepGivesTheTransientVector) {
+    CPH c = dense();
+    Matrix T = c.getT();
+    Matrix P = T / 3 + Matrix(3, 3, MATRIX_IDENTITY);
+    Matrix v = c.getTau().toMatrix();
+    Matrix scratch, result;
+    map_ph_randomization(&P, &v, &scratch, &result, 3, 0.37, 1e-12);
+    // tau @ scipy.linalg.expm(0.37 * T)
+    const double expected[] = {0.20522678141133438, 0.24189131697953364, 0.2368315594798442};
+    const double sum = expected[0] + expected[1] + expected[2];
+    for (unsigned j = 0; j < 3; j++) {
+        EXPECT_NEAR(result(0, j), expected[j], 1e-12) << j;
+        // v is renormalised, since its mass differs from 1 by more than 0.001.
+        EXPECT_NEAR(v(0, j), expected[j] / sum, 1e-12) << j;
+    }
+}
+
+TEST(Uniformization, ZeroMeanCopiesTheVector) {
+    Matrix P(2, 2, MATRIX_IDENTITY);
+    Matrix v(std::vector<std::vector<double>>{{0.2, 0.3}});
+    Matrix scratch, result;
+    map_ph_randomization(&P, &v, &scratch, &result, 0, 5, 1e-12);
+    EXPECT_EQ(result(0, 0), 0.2);
+    EXPECT_EQ(result(0, 1), 0.3);
+    // result keeps the mass, v is scaled to 1.
+    EXPECT_DOUBLE_EQ(v(0, 0), 0.4);
+    EXPECT_DOUBLE_EQ(v(0, 1), 0.6);
+}
+
+TEST(CPHDistribution, CurvesMatchTheMatrixExponential) {
+    // 1 - tau @ expm(x T) @ 1 and tau @ expm(x T) @ (-T 1), by scipy.linalg.expm.
+    struct Point {
+        unsigned index;
+        double x, cdf, pdf;
+    };
+    const Point points[] = {
+        {0, 0.5, 0.39642030935355077, 0.5742141099472902},
+        {500, 1.0, 0.6208015459658728, 0.34779935313402066},
+        {2000, 2.5, 0.9039241014823909, 0.08821410789569725},
+    };
+    CPH c = dense();
+    Distribution d = c.computeDistribution(0.5, 2.5);
+    ASSERT_EQ(d.cdf.size(), 2002u);
+    ASSERT_EQ(d.pdf.size(), 2002u);
+    ASSERT_EQ(d.ccdf.size(), 2002u);
+    for (const Point& p : points) {
+        EXPECT_NEAR(d.cdf[p.index].first, p.x, 1e-12);
+        EXPECT_NEAR(d.cdf[p.index].second, p.cdf, 1e-9) << p.x;
+        EXPECT_NEAR(d.ccdf[p.index].second, 1 - p.cdf, 1e-9) << p.x;
+        EXPECT_NEAR(d.pdf[p.index].second, p.pdf, 1e-9) << p.x;
+        EXPECT_EQ(d.pdf[p.index].first, d.cdf[p.index].first);
+    }
+    EXPECT_NEAR(d.cdf.back().first, 2.501, 1e-12);
+
+    EXPECT_NEAR(c.evalCDF(1.0), 0.6208015459658728, 1e-9);
+    EXPECT_NEAR(c.evalCCDF(1.0), 1 - 0.6208015459658728, 1e-9);
+    EXPECT_NEAR(c.evalPDF(1.0), 0.34779935313402066, 1e-9);
+}
+
+TEST(CPHDistribution, GridIsAnchoredAtZero) {
+    CPH e(mat({{-1}}), row({1}));
+    Distribution one = e.computeDistribution(1, 1);
+    EXPECT_NEAR(one.cdf[0].first, 1.0, 1e-12);
+    EXPECT_NEAR(one.cdf[0].second, 0.6321205588285577, 1e-9);
+    EXPECT_NEAR(one.pdf[0].second, 0.36787944117144233, 1e-9);
+
+    Distribution zero = e.computeDistribution(0, 0);
+    ASSERT_EQ(zero.pdf.size(), 2u);
+    EXPECT_EQ(zero.pdf[0], std::make_pair(0.0, 1.0));
+    EXPECT_EQ(zero.cdf[0], std::make_pair(0.0, 0.0));
+    EXPECT_EQ(zero.ccdf[0], std::make_pair(0.0, 1.0));
+    EXPECT_NEAR(zero.cdf[1].first, 0.001, 1e-15);
+
+    Distribution below = e.computeDistribution(-1, 0.5);
+    EXPECT_EQ(below.cdf.front().first, 0.0);
+    EXPECT_NEAR(below.cdf.back().first, 0.501, 1e-12);
+    EXPECT_EQ(below.cdf.size(), 502u);
+
+    // A negative upper bound leaves the point at 0 only.
+    EXPECT_EQ(e.computeDistribution(-2, -1).cdf.size(), 1u);
+    EXPECT_EQ(e.evalCDF(-1), 0.0);
+
+    EXPECT_EQ(messageOf([&] { e.computeDistribution(2, 1); }), "Invalid range for distribution.");
+    EXPECT_EQ(messageOf([&] { e.computeDistribution(0, INFINITY); }), "Invalid range for distribution.");
+    EXPECT_EQ(messageOf([&] { CPH(mat({{-1, 1}, {1, -1}}), row({1, 0})).computeDistribution(0, 1); }),
+              "Singular matrix.");
+}
+
+TEST(CPHDistribution, MassAtZeroShowsAfterTheFirstPoint) {
+    CPH c(mat({{-1}}), row({0.7}));
+    Distribution d = c.computeDistribution(0, 1);
+    EXPECT_EQ(d.cdf[0].second, 0.0);
+    EXPECT_EQ(d.ccdf[0].second, 1.0);
+    // D1 is the exit rate times tau, so the density carries the factor 0.7
+    // of tau once more.
+    EXPECT_NEAR(d.pdf[0].second, 0.49, 1e-15);
+    // 0.3 + 0.7 (1 - e^-1) at x = 1
+    EXPECT_NEAR(d.cdf[1000].second, 0.3 + 0.7 * 0.6321205588285577, 1e-9);
+}
+
+TEST(CPHGeneration, DrawsFollowTheChain) {
+    // Series 1 -> 2 with mass 0.4 at zero: a start draw, then per phase an
+    // exponential and a uniform; a variate at zero takes the start draw only.
+    CPH c(mat({{-1, 1}, {0, -2}}), row({0.6, 0}));
+    c.initRandomNumberGeneration(7);
+    Rand r(7);
+    int zeros = 0;
+    for (int i = 0; i < 200; i++) {
+        double expected = 0;
+        if (r.uniform(0, 1) > 0.4) {
+            expected += r.exponential(1);
+            r.uniform(0, 1);
+            expected += r.exponential(2);
+            r.uniform(0, 1);
+        } else {
+            zeros++;
+        }
+        ASSERT_EQ(c.getNextRandomVariate(), expected) << i;
+    }
+    EXPECT_GT(zeros, 50);
+
+    // Branching: from phase 0 the jump draw picks phase 1 below 1/3, phase 2
+    // below 2/3 and absorption above.
+    CPH b(mat({{-3, 1, 1}, {0, -2, 0}, {0, 0, -5}}), row({1, 0, 0}));
+    b.initRandomNumberGeneration(11);
+    Rand s(11);
+    for (int i = 0; i < 200; i++) {
+        s.uniform(0, 1);
+        double expected = s.exponential(3);
+        double v = s.uniform(0, 1);
+        if (v <= 1.0 / 3) {
+            expected += s.exponential(2);
+            s.uniform(0, 1);
+        } else if (v <= 2.0 / 3) {
+            expected += s.exponential(5);
+            s.uniform(0, 1);
+        }
+        ASSERT_EQ(b.getNextRandomVariate(), expected) << i;
+    }
+}
+
+TEST(CPHGeneration, SeedsFixTheStream) {
+    CPH a = dense(), b = dense();
+    a.initRandomNumberGeneration(3);
+    b.initRandomNumberGeneration(3);
+    std::vector<double> first;
+    for (int i = 0; i < 50; i++) {
+        first.push_back(a.getNextRandomVariate());
+        EXPECT_EQ(b.getNextRandomVariate(), first.back());
+    }
+    a.initRandomNumberGeneration(3);
+    EXPECT_EQ(a.getNextRandomVariate(), first[0]);
+    a.initRandomNumberGeneration(4);
+    EXPECT_NE(a.getNextRandomVariate(), first[0]);
+}
+
+TEST(CPHGeneration, SampleMomentsMatchTheDistribution) {
+    CPH c = dense();
+    c.initRandomNumberGeneration(12345);
+    const int n = 100000;
+    double sum = 0, sum2 = 0;
+    for (int i = 0; i < n; i++) {
+        double x = c.getNextRandomVariate();
+        sum += x;
+        sum2 += x * x;
+    }
+    double mean = sum / n;
+    double var = sum2 / n - mean * mean;
+    // Standard errors 0.0034 (mean) and 0.0105 (variance), from the moments.
+    EXPECT_NEAR(mean, 1.045090909090909, 4 * 0.0034);
+    EXPECT_NEAR(var, 1.1676091239669426, 4 * 0.0105);
+}
+
+TEST(CPHGeneration, Refusals) {
+    CPH c = dense();
+    EXPECT_EQ(messageOf([&] { c.getNextRandomVariate(); }), "Initialize Random Number Generation first.");
+
+    CPH zeroRate(mat({{0, 0}, {0, -1}}), row({1, 0}));
+    zeroRate.initRandomNumberGeneration(1);
+    EXPECT_EQ(messageOf([&] { zeroRate.getNextRandomVariate(); }), "Invalid rate for exponential distribution");
+
+    // A closed cycle never absorbs.
+    CPH cycle(mat({{-1, 1}, {1, -1}}), row({1, 0}));
+    cycle.initRandomNumberGeneration(1);
+    EXPECT_EQ(messageOf([&] { cycle.getNextRandomVariate(); }),
+              "Absorption can't be reached from the current phase.");
+}
