@@ -251,3 +251,14 @@ TEST(CPH, CopiesOwnTheirStreams) {
     CPH d(fresh);
     EXPECT_EQ(messageOf([&] { d.getNextRandomVariate(); }), "Initialize Random Number Generation first.");
 }
+
+TEST(CPH, ExampleModelIsAHypoExponentialOfOrderThree) {
+    XMLConfig doc(std::string(VELMORA_SOURCE_DIR) + "/examples/ph.xml");
+    CPH c(&doc);
+    EXPECT_EQ(c.getProcessDescription(), "CPH(3)");
+    EXPECT_TRUE(c.isAcyclic());
+    EXPECT_TRUE(c.hasSeriesCF());
+    // Stages of rates 1, 2 and 3: mean 1 + 1/2 + 1/3, variance 1 + 1/4 + 1/9.
+    EXPECT_NEAR(c.getMoments(1, 1)[0], 11.0 / 6, 1e-12);
+    EXPECT_NEAR(c.getVariance(), 49.0 / 36, 1e-12);
+}
