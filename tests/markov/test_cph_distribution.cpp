@@ -95,6 +95,17 @@ TEST(Uniformization, ZeroMeanCopiesTheVector) {
     EXPECT_DOUBLE_EQ(v(0, 1), 0.6);
 }
 
+TEST(Uniformization, RefusesMatricesOfOtherOrders) {
+    Matrix P(3, 3, MATRIX_IDENTITY);
+    Matrix v(std::vector<std::vector<double>>{{0.5, 0.5}});
+    Matrix scratch, result;
+    EXPECT_EQ(messageOf([&] { map_ph_randomization(&P, &v, &scratch, &result, 1, 1, 1e-12); }),
+              "These Matrices cannot be multiplied.");
+    Matrix D0 = mat({{-1, 0}, {0, -2}});
+    EXPECT_EQ(messageOf([&] { CPH::computeDistribution(0, 1, D0, mat({{1, 0, 0}}), D0 * -1.0); }),
+              "These Matrices cannot be multiplied.");
+}
+
 TEST(CPHDistribution, CurvesMatchTheMatrixExponential) {
     // 1 - tau @ expm(x T) @ 1 and tau @ expm(x T) @ (-T 1), by scipy.linalg.expm.
     struct Point {
