@@ -7,6 +7,10 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
+#include "markov/cph.h"
+#include "markov/maps.h"
+#include "markov/mep.h"
+#include "timeseries/arima.h"
 
 namespace velmora {
 
@@ -30,14 +34,17 @@ Exception errorLoadingModel(int line) { return Exception("process", line, "Error
 // Builds the model class that a factory tag or model name stands for; null
 // where the class is not part of the library yet.
 Process* buildFromXML(const std::string& tag, XMLConfig* document) {
-    (void)document;
-    (void)tag;
+    if (tag == "ph") return new CPH(document);
+    if (tag == "map") return new MAP(document);
+    if (tag == "arima") return new ARIMA(document);
     return nullptr;
 }
 
 Process* buildFromConfig(const std::string& model, Config* config) {
-    (void)config;
-    (void)model;
+    if (model == "mep") return new MEP(config);
+    if (model == "map") return new MAP(config);
+    if (model == "cph") return new CPH(config);
+    if (model == "f-arima") return new ARIMA(config);
     return nullptr;
 }
 

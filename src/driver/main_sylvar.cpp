@@ -1,1 +1,80 @@
-int main() { return 0; }
+// sylvar: reads a model from an XML file, generates a trace from it and
+// prints the summaries of the model and of the trace.
+#include <cstring>
+#include <iostream>
+#include <memory>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+#include "core/process.h"
+#include "traces/trace.h"
+
+using namespace velmora;
+
+void sylvar_print_info() {}
+
+void sylvar_print_help() {}
+
+void sylvar_load_config(Config* config, bool& traceFormat, std::string& trace, unsigned& seed, double& time,
+                        unsigned& observations, int& stop) {
+    if (config->existsKey("traceFormat") && config->getValueAsInt("traceFormat") == 1) traceFormat = true;
+    if (config->existsKey("trace")) trace = config->getValue("trace");
+    if (config->existsKey("seed")) seed = static_cast<unsigned>(config->getValueAsInt("seed"));
+    if (config->existsKey("time")) {
+        time = config->getValueAsDouble("time");
+        stop = 2;
+    }
+    if (config->existsKey("observations")) {
+        observations = static_cast<unsigned>(config->getValueAsInt("observations"));
+        if (stop == 2) stop = 0;
+    }
+    libvelmora_infomsg("Parameter file loaded.\nSeed: " + toString(seed) + "\n" + "stop: " + toString(stop) +
+                       "\n" + "time: " + toString(time) + "\n" + "observations: " + toString(observations) +
+                       "\n" + "traceFormat: " + toString(traceFormat) + "\n" + "trace: " + trace + "\n");
+}
+
+int main(int argc, char** argv) {
+    sylvar_print_info();
+    if (argc == 1 || (argc == 2 && std::strcmp(argv[1], "--help") == 0)) {
+        sylvar_print_help();
+        return 0;
+    }
+    try {
+        std::unique_ptr<Config> config(new Config(argc, argv));
+        // Without paramfile or model there is no document: load_process then
+        // refuses the run with "Error loading model.".
+        std::unique_ptr<XMLConfig> document;
+        if (config->existsKey("paramfile"))
+            document.reset(new XMLConfig(config->getValue("paramfile")));
+        else if (config->existsKey("model"))
+            document.reset(new XMLConfig(config->getValue("model")));
+        std::unique_ptr<Process> process(load_process(document.get()));
+        document.reset();
+
+        bool traceFormat = false;
+        std::string trace;
+        unsigned seed = 13;
+        double time = 10000.0;
+        unsigned observations = 1000;
+        int stop = 1;
+        sylvar_load_config(config.get(), traceFormat, trace, seed, time, observations, stop);
+        if (trace.empty()) {
+            sylvar_print_help();
+            return 0;
+        }
+
+        std::unique_ptr<Trace> generated(process->simulate(stop, observations, time, seed));
+        generated->save(trace, traceFormat);
+        std::cout << process->getSummary() << std::endl;
+        std::cout << generated->getSummary() << std::endl;
+        generated.reset();
+        config.reset();
+        process.reset();
+    } catch (Exception& e) {
+        std::cout << e.toString() << std::endl << std::endl;
+        std::cout << "Use parameter --help for usage information." << std::endl;
+        return 0;
+    }
+    return 0;
+}

@@ -100,3 +100,16 @@ TEST(Simulate, ATraceReplaysItself) {
     ASSERT_EQ(copy->getSize(), 2u);
     EXPECT_EQ(copy->getElement(1), 1.5);
 }
+
+TEST(Simulate, RunByTimeThatCannotReachItsLimitIsRefused) {
+    for (double step : {0.0, -1.0}) {
+        StepProcess process(step);
+        try {
+            delete process.simulate(2, 1000, 1.0, 3);
+            FAIL() << step;
+        } catch (velmora::Exception& e) {
+            EXPECT_EQ(e.message, "The generated values do not reach the time limit.");
+            EXPECT_EQ(process.draws, 10000000u);
+        }
+    }
+}

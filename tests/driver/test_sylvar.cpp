@@ -1,0 +1,171 @@
+// Runs the sylvar program itself and checks what it prints.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "config/conf.h"
+#include "core/process.h"
+#include "traces/trace.h"
+
+using namespace velmora;
+
+namespace {
+
+struct SylvarRun {
+    std::string out;
+    int status;
+};
+
+SylvarRun sylvar(const std::string& arguments) {
+    std::string command = std::string(SYLVAR_PATH) + " " + arguments + " 2>&1";
+    SylvarRun run{"", -1};
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return run;
+    char buffer[4096];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
+    int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+std::string writeFile(const std::string& name, const std::string& text) {
+    std::string path = testing::TempDir() + name;
+    std::ofstream(path.c_str()) << text;
+    return path;
+}
+
+const std::string kHint = "\n\n\nUse parameter --help for usage information.\n";
+
+std::string failure(const std::string& module, const std::string& message) {
+    return "Error in: " + module + ", line N: " + message + kHint;
+}
+
+// Replaces the line number of an error line by N.
+std::string withoutLineNumber(std::string text) {
+    std::string::size_type at = text.find(", line ");
+    if (at == std::string::npos) return text;
+    std::string::size_type digits = at + 7;
+    std::string::size_type end = text.find(':', digits);
+    if (end == std::string::npos) return text;
+    return text.substr(0, digits) + "N" + text.substr(end);
+}
+
+std::string modelPath(const std::string& name) { return std::string(VELMORA_SOURCE_DIR) + "/examples/" + name; }
+
+std::string report(unsigned seed, int stop, const std::string& time, unsigned observations, bool traceFormat,
+                   const std::string& trace) {
+    return "Parameter file loaded.\nSeed: " + std::to_string(seed) + "\nstop: " + std::to_string(stop) +
+           "\ntime: " + time + "\nobservations: " + std::to_string(observations) +
+           "\ntraceFormat: " + (traceFormat ? "1" : "0") + "\ntrace: " + trace + "\n\n";
+}
+
+std::vector<std::string> lines(const std::string& path) {
+    std::ifstream in(path.c_str());
+    std::vector<std::string> result;
+    std::string line;
+    while (std::getline(in, line)) result.push_back(line);
+    return result;
+}
+
+}  // namespace
+
+TEST(Sylvar, NoArgumentsOrHelpAloneIsSilent) {
+    for (const char* arguments : {"", "--help"}) {
+        SylvarRun run = sylvar(arguments);
+        EXPECT_EQ(run.out, "") << arguments;
+        EXPECT_EQ(run.status, 0);
+    }
+}
+
+TEST(Sylvar, BadArgumentsEndThroughTheHandlerWithStatusZero) {
+    struct Case { const char* arguments; const char* message; } cases[] = {
+        {"--help -x=1", "Invalid command line parameter."},
+        {"-x", "Invalid command line parameter."},
+        {"-=x", "Invalid command line parameter."},
+        {"-seed=", "No value for key."},
+        {"-seed=4", "Error loading model."},  // arguments, but no model file named
+    };
+    for (const auto& c : cases) {
+        SylvarRun run = sylvar(c.arguments);
+        std::string module = std::string(c.message) == "Error loading model." ? "process" : "conf";
+        EXPECT_EQ(withoutLineNumber(run.out), failure(module, c.message)) << c.arguments;
+        EXPECT_EQ(run.status, 0);
+    }
+}
+
+TEST(Sylvar, BadModelFilesAreReportedWithTheirModule) {
+    std::string malformed = writeFile("bad.xml", "<velmora><map></velmora>");
+    std::string unknown = writeFile("unknown.xml", "<velmora><mep><d0>-1</d0></mep></velmora>");
+    struct Case { std::string arguments; std::string expected; } cases[] = {
+        {"-model=" + testing::TempDir() + "missing.xml", failure("conf", "Cannot open file.")},
+        {"-model=" + malformed, failure("conf", "XML parse error.")},
+        {"-MODEL=" + unknown, failure("process", "Error loading model.")},
+        // paramfile wins over model
+        {"-model=" + unknown + " -paramfile=" + malformed, failure("conf", "XML parse error.")},
+    };
+    for (const auto& c : cases) {
+        SylvarRun run = sylvar(c.arguments);
+        EXPECT_EQ(withoutLineNumber(run.out), c.expected) << c.arguments;
+        EXPECT_EQ(run.status, 0);
+    }
+}
+
+TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
+    for (const char* model : {"map.xml", "ph.xml", "arma.xml"}) {
+        std::string trace = testing::TempDir() + "run_" + model + ".txt";
+        SylvarRun run = sylvar("-model=" + modelPath(model) + " -trace=" + trace + " -seed=7");
+
+        // The same road through the library gives the expected text.
+        XMLConfig document(modelPath(model));
+        Process* process = load_process(&document);
+        Trace* generated = process->simulate(1, 1000, 10000.0, 7);
+        std::string expected = report(7, 1, "10000", 1000, false, trace) + process->getSummary() + "\n" +
+                               generated->getSummary() + "\n";
+        EXPECT_EQ(run.out, expected) << model;
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(lines(trace).size(), 1000u);
+        delete generated;
+        delete process;
+    }
+}
+
+TEST(Sylvar, WithoutTraceOnlyTheReportIsPrinted) {
+    SylvarRun run = sylvar("-MODEL=" + modelPath("map.xml") + " -traceFormat=true -seed=3 -seed=4");
+    EXPECT_EQ(run.out, report(3, 1, "10000", 1000, false, ""));
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST(Sylvar, StopCriteriaAndCountedLayout) {
+    std::string trace = testing::TempDir() + "stop.txt";
+    SylvarRun run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=50 -traceFormat=1");
+    EXPECT_EQ(run.out.substr(0, report(13, 2, "50", 1000, true, trace).size()), report(13, 2, "50", 1000, true, trace));
+    std::vector<std::string> written = lines(trace);
+    ASSERT_GE(written.size(), 2u);
+    EXPECT_EQ(std::stoul(written[0]), written.size() - 1);
+    double sum = 0.0;
+    for (size_t i = 1; i < written.size(); ++i) sum += std::stod(written[i]);
+    EXPECT_GE(sum, 50.0 * (1 - 1e-5));
+    EXPECT_LT(sum - std::stod(written.back()), 50.0 * (1 + 1e-5));
+
+    run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=1 -observations=30");
+    EXPECT_EQ(run.out.substr(0, report(13, 0, "1", 30, false, trace).size()), report(13, 0, "1", 30, false, trace));
+    EXPECT_GE(lines(trace).size(), 30u);
+}
+
+TEST(Sylvar, EmptyTraceFailsInItsSummaryAfterTheModelSummary) {
+    std::string trace = testing::TempDir() + "empty.txt";
+    SylvarRun run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -observations=0");
+    EXPECT_EQ(withoutLineNumber(run.out.substr(run.out.find("Error in:"))),
+              failure("trace", "Invalid trace element."));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(lines(trace).empty());
+    std::ifstream file(trace.c_str());
+    EXPECT_TRUE(file.good());
+}
