@@ -1,0 +1,43 @@
+// velmora: every public header of the toolkit.
+#ifndef VELMORA_VELMORA_H
+#define VELMORA_VELMORA_H
+
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+#include "core/process.h"
+
+#include "config/conf.h"
+
+#include "traces/trace.h"
+
+#include "numerics/matrix.h"
+#include "numerics/misc_linalg.h"
+#include "numerics/misc_math.h"
+#include "numerics/misc_numerical.h"
+#include "numerics/misc_numerical_dist.h"
+#include "numerics/misc_sort.h"
+#include "numerics/random.h"
+
+#include "distributions/dist.h"
+#include "distributions/dist_beta.h"
+#include "distributions/dist_chisquare.h"
+#include "distributions/dist_deterministic.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_pearsonv.h"
+#include "distributions/dist_pearsonvi.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_uniform.h"
+#include "distributions/dist_weibull.h"
+
+#include "timeseries/arima.h"
+
+#include "markov/cph.h"
+#include "markov/cph_randomization.h"
+#include "markov/maps.h"
+#include "markov/mep.h"
+#include "markov/ph.h"
+
+#endif
