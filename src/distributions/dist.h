@@ -126,5 +126,9 @@ protected:
 #include "distributions/dist_beta.h"
 #include "distributions/dist_pearsonv.h"
 #include "distributions/dist_pearsonvi.h"
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_hyperexponential.h"
+#include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_hypererlang.h"
 
 #endif

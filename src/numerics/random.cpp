@@ -1,15 +1,17 @@
 // Random streams: seeding and reloading of the MT19937 generator (Matsumoto
 // and Nishimura 1998, with the 2002 initialisation by array), and the variate
-// methods of Rand that do not fit in the header: Erlang and sums of
-// exponentials, Weibull, gamma by Ahrens and Dieter (shape below 1) and by
-// Cheng (1977, shape above 1), beta and the Pearson types V and VI through
-// gamma, triangular by inversion, and geometric by counting trials.
+// methods of Rand that do not fit in the header: Erlang, mixtures of Erlang
+// branches and sums of exponentials, Weibull, gamma by Ahrens and Dieter
+// (shape below 1) and by Cheng (1977, shape above 1), beta and the Pearson
+// types V and VI through gamma, triangular by inversion, and geometric by
+// counting trials.
 #include "numerics/random.h"
 
 #include <cfloat>
 #include <cstdio>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_hypererlang.h"
 
 namespace velmora {
 
@@ -157,6 +159,23 @@ double Rand::hypo_exponential(const std::vector<double>& rates) {
     double sum = 0.0;
     for (double rate : rates) sum += exponential(rate);
     return sum;
+}
+
+double Rand::hyper_erlang(const std::vector<unsigned>& orders, const std::vector<double>& rates,
+                          const std::vector<double>& probabilities) {
+    if (!HyperErlang::hyper_erlang_check_params(orders, rates, probabilities))
+        fail(__LINE__, "Invalid parameters for Hyper-Erlang distribution.");
+    const double r = uniform(0.0, 1.0);
+    size_t branch = 0;
+    double sum = 0.0;
+    for (size_t i = 0; i < probabilities.size(); ++i) {
+        if (probabilities[i] + sum >= r) {
+            branch = i;
+            break;
+        }
+        sum += probabilities[i];
+    }
+    return erlang(orders[branch], rates[branch]);
 }
 
 double Rand::weibull(double alpha, double beta) {

@@ -104,6 +104,11 @@ public:
     double lognormal(double mu, double sigma);
     double erlang(unsigned k, double rate);
     double hypo_exponential(const std::vector<double>& rates);
+    // One uniform draw picks the branch (the first whose running sum of
+    // probabilities reaches it, else the first branch), then an Erlang draw
+    // of that branch's phases and rate.
+    double hyper_erlang(const std::vector<unsigned>& orders, const std::vector<double>& rates,
+                        const std::vector<double>& probabilities);
     double weibull(double alpha, double beta);
     // Shape alpha, scale beta: Ahrens-Dieter for alpha < 1, the exponential
     // for alpha = 1, Cheng's rejection method for alpha > 1.

@@ -1,0 +1,204 @@
+// The hyper-Erlang distribution: the density and the distribution function
+// as probability-weighted sums of the Erlang branches (the latter through the
+// Poisson sums), the raw moments sum p_i (m+k_i-1)!/(k_i-1)! / r_i^m in
+// floating point, and the phase-type form with the branches' chains on the
+// diagonal. The probabilities must sum to 1 within 0.00001.
+//
+// A branch of 0 phases passes the parameter check; the formulas then meet
+// the wrapped factorial of -1, which is 0, and their result is whatever
+// floating-point arithmetic makes of the division; asCPH refuses it through
+// the Erlang of the branch.
+#include "distributions/dist_hypererlang.h"
+
+#include <cmath>
+#include <memory>
+
+#include "core/libvelmora_settings.h"
+#include "distributions/dist_erlang.h"
+#include "markov/cph.h"
+#include "numerics/matrix.h"
+#include "numerics/misc_math.h"
+#include "numerics/random.h"
+
+namespace velmora {
+
+static void checkParameters(const std::vector<unsigned>& phases, const std::vector<double>& rates,
+                            const std::vector<double>& probabilities) {
+    if (!HyperErlang::hyper_erlang_check_params(phases, rates, probabilities))
+        throw Exception("dist", __LINE__, "Invalid parameters for Hyper-Erlang distribution.");
+}
+
+HyperErlang::HyperErlang(std::vector<unsigned> phases, std::vector<double> rates, std::vector<double> probabilities)
+    : phases(std::move(phases)), rates(std::move(rates)), probabilities(std::move(probabilities)) {
+    type = DIST_HYPERERLANG;
+    paramCheck();
+}
+
+unsigned HyperErlang::getOrder() const {
+    unsigned order = 0;
+    for (unsigned k : phases) order += k;
+    return order;
+}
+
+unsigned HyperErlang::getBranches() const { return static_cast<unsigned>(rates.size()); }
+std::vector<unsigned> HyperErlang::getPhases() const { return phases; }
+std::vector<double> HyperErlang::getRates() const { return rates; }
+std::vector<double> HyperErlang::getProbabilities() const { return probabilities; }
+
+void HyperErlang::setPases(std::vector<unsigned> value) {
+    phases = std::move(value);
+    paramCheck();
+}
+
+void HyperErlang::setRates(std::vector<double> value) {
+    rates = std::move(value);
+    paramCheck();
+}
+
+void HyperErlang::setProbabilities(std::vector<double> value) {
+    probabilities = std::move(value);
+    paramCheck();
+}
+
+double HyperErlang::generateVariate() { return rng->hyper_erlang(phases, rates, probabilities); }
+double HyperErlang::evalPDF(double x) { return hyper_erlang_pdf(x, phases, rates, probabilities); }
+double HyperErlang::evalCDF(double x) { return hyper_erlang_cdf(x, phases, rates, probabilities); }
+double HyperErlang::evalInverseCDF(double p) { return hyper_erlang_inverse_cdf(p, phases, rates, probabilities); }
+double HyperErlang::evalCCDF(double x) { return hyper_erlang_ccdf(x, phases, rates, probabilities); }
+
+std::string HyperErlang::toString(format f) {
+    std::string k = formatList(phases), r = formatList(rates, true), p = formatList(probabilities, true);
+    return layoutText(f, type, "hypererlangdist",
+                      {{"branches", formatNumber(getBranches())}, {"phases", k}, {"rates", r}, {"prob", p}},
+                      {{"prob", p}, {"phases", k}, {"rates", r}});
+}
+
+DistStats HyperErlang::getProperties(unsigned n) { return hyper_erlang_stats(phases, rates, probabilities, n); }
+
+void HyperErlang::paramCheck() { checkParameters(phases, rates, probabilities); }
+
+CPH HyperErlang::asCPH() {
+    std::vector<std::pair<double, Erlang*>> branches = getErlangDists();
+    std::vector<CPH> chains;
+    try {
+        for (const auto& branch : branches) {
+            chains.push_back(branch.second->asCPH());
+            Vector tau = chains.back().getTau();
+            tau[0] = branch.first;
+            chains.back().setTau(tau);
+        }
+    } catch (...) {
+        for (auto& branch : branches) delete branch.second;
+        throw;
+    }
+    for (auto& branch : branches) delete branch.second;
+
+    unsigned order = getOrder();
+    Matrix T(order, order);
+    Vector tau(order, true);
+    unsigned offset = 0;
+    for (const CPH& chain : chains) {
+        T.setSubmatrix(offset, offset, chain.getT());
+        Vector start = chain.getTau();
+        for (unsigned i = 0; i < chain.getOrder(); i++) tau[offset + i] = start[i];
+        offset += chain.getOrder();
+    }
+    return CPH(T, tau);
+}
+
+// An Erlang that refuses its rate (0) leaves no object behind.
+std::vector<std::pair<double, Erlang*>> HyperErlang::getErlangDists() {
+    std::vector<std::pair<double, Erlang*>> result;
+    try {
+        for (size_t i = 0; i < rates.size(); i++) result.emplace_back(probabilities[i], new Erlang(phases[i], rates[i]));
+    } catch (...) {
+        for (auto& branch : result) delete branch.second;
+        throw;
+    }
+    return result;
+}
+
+// Selection sort: a later branch replaces the candidate only when the
+// candidate's mean is strictly greater, so equal means keep their order.
+void HyperErlang::sortBranches() {
+    const size_t m = rates.size();
+    for (size_t i = 0; i + 1 < m; i++) {
+        size_t best = i;
+        for (size_t j = i + 1; j < m; j++)
+            if (phases[best] / rates[best] > phases[j] / rates[j]) best = j;
+        std::swap(rates[i], rates[best]);
+        std::swap(probabilities[i], probabilities[best]);
+        std::swap(phases[i], phases[best]);
+    }
+}
+
+bool HyperErlang::hyper_erlang_check_params(const std::vector<unsigned>& phases, const std::vector<double>& rates,
+                                            const std::vector<double>& probabilities) {
+    if (phases.size() != rates.size() || rates.size() != probabilities.size()) return false;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) {
+        if (rates[i] < 0 || probabilities[i] < 0) return false;
+        sum += probabilities[i];
+    }
+    return std::fabs(sum - 1) <= 0.00001;
+}
+
+double HyperErlang::hyper_erlang_pdf(double x, const std::vector<unsigned>& phases, const std::vector<double>& rates,
+                                     const std::vector<double>& probabilities) {
+    checkParameters(phases, rates, probabilities);
+    if (x < 0) return 0;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) {
+        const double k = phases[i];
+        sum += probabilities[i] * std::pow(rates[i] * x, k - 1) * rates[i] * std::exp(-rates[i] * x) /
+               static_cast<double>(fac(phases[i] - 1));
+    }
+    return sum;
+}
+
+double HyperErlang::hyper_erlang_cdf(double x, const std::vector<unsigned>& phases, const std::vector<double>& rates,
+                                     const std::vector<double>& probabilities) {
+    checkParameters(phases, rates, probabilities);
+    if (x < 0) return 0;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) {
+        const double rx = rates[i] * x;
+        double poisson = 0;
+        for (unsigned n = 0; n < phases[i]; n++) poisson += std::pow(rx, static_cast<double>(n)) / fac(n);
+        sum += probabilities[i] * std::exp(-rx) * poisson;
+    }
+    return 1 - sum;
+}
+
+double HyperErlang::hyper_erlang_inverse_cdf(double, const std::vector<unsigned>&, const std::vector<double>&,
+                                             const std::vector<double>&) {
+    throw Exception("dist", __LINE__, "Not implemented.");
+}
+
+double HyperErlang::hyper_erlang_ccdf(double x, const std::vector<unsigned>& phases, const std::vector<double>& rates,
+                                      const std::vector<double>& probabilities) {
+    return 1 - hyper_erlang_cdf(x, phases, rates, probabilities);
+}
+
+DistStats HyperErlang::hyper_erlang_stats(const std::vector<unsigned>& phases, const std::vector<double>& rates,
+                                          const std::vector<double>& probabilities, unsigned n) {
+    checkParameters(phases, rates, probabilities);
+    DistStats stats;
+    double mean = 0, second = 0;
+    for (size_t i = 0; i < rates.size(); i++) mean += probabilities[i] * phases[i] / rates[i];
+    for (size_t i = 0; i < rates.size(); i++)
+        second += probabilities[i] * phases[i] * (phases[i] + 1.0) / (rates[i] * rates[i]);
+    stats.mean = mean;
+    stats.variance = second - mean * mean;
+    stats.cv = std::sqrt(stats.variance) / mean;
+    for (unsigned m = 1; m <= n; m++) {
+        double moment = 0;
+        for (size_t i = 0; i < rates.size(); i++)
+            moment += probabilities[i] * static_cast<double>(fac(m + phases[i] - 1)) /
+                      static_cast<double>(fac(phases[i] - 1)) / std::pow(rates[i], static_cast<double>(m));
+        stats.moments.push_back(moment);
+    }
+    return stats;
+}
+
+}  // namespace velmora

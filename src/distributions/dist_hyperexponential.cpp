@@ -1,0 +1,85 @@
+// The hyper-exponential distribution: the density sum p_i r_i e^(-r_i x) and
+// the distribution function sum p_i (1 - e^(-r_i x)). The probabilities may
+// miss 1 by up to 0.005, a looser bound than the hyper-Erlang family's.
+#include "distributions/dist_hyperexponential.h"
+
+#include <cmath>
+
+#include "core/libvelmora_settings.h"
+
+namespace velmora {
+
+static void checkParameters(const std::vector<double>& rates, const std::vector<double>& probabilities) {
+    if (!HyperExponential::hyper_exponential_check_params(rates, probabilities))
+        throw Exception("dist", __LINE__, "Invalid parameters for Hyper-Exponential distribution.");
+}
+
+HyperExponential::HyperExponential(std::vector<double> rates, std::vector<double> probabilities)
+    : rates(std::move(rates)), probabilities(std::move(probabilities)) {
+    type = DIST_HYPEREXPONENTIAL;
+    paramCheck();
+}
+
+unsigned HyperExponential::getPhases() const { return static_cast<unsigned>(rates.size()); }
+std::vector<double> HyperExponential::getRates() const { return rates; }
+std::vector<double> HyperExponential::getProbabilities() const { return probabilities; }
+
+void HyperExponential::setRates(std::vector<double> value) {
+    rates = std::move(value);
+    paramCheck();
+}
+
+void HyperExponential::setProbabilities(std::vector<double> value) {
+    probabilities = std::move(value);
+    paramCheck();
+}
+
+double HyperExponential::generateVariate() { throw Exception("dist", __LINE__, "Not implemented."); }
+double HyperExponential::evalPDF(double x) { return hyper_exponential_pdf(x, rates, probabilities); }
+double HyperExponential::evalCDF(double x) { return hyper_exponential_cdf(x, rates, probabilities); }
+double HyperExponential::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
+double HyperExponential::evalCCDF(double x) { return hyper_exponential_ccdf(x, rates, probabilities); }
+
+// The XML form carries the count and the rates, not the probabilities.
+std::string HyperExponential::toString(format f) {
+    std::string k = formatNumber(getPhases()), r = formatList(rates, true);
+    return layoutText(f, type, "hyperexpdist", {{"phases", k}, {"rates", r}, {"prob", formatList(probabilities, true)}},
+                      {{"phases", k}, {"rates", r}});
+}
+
+DistStats HyperExponential::getProperties(unsigned) { throw Exception("dist", __LINE__, "Not implemented."); }
+
+void HyperExponential::paramCheck() { checkParameters(rates, probabilities); }
+
+bool HyperExponential::hyper_exponential_check_params(const std::vector<double>& rates, const std::vector<double>& probabilities) {
+    if (rates.size() != probabilities.size()) return false;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) {
+        if (rates[i] < 0 || probabilities[i] < 0) return false;
+        sum += probabilities[i];
+    }
+    return std::fabs(sum - 1) <= 0.005;
+}
+
+double HyperExponential::hyper_exponential_pdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities) {
+    checkParameters(rates, probabilities);
+    if (x < 0) return 0;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) sum += probabilities[i] * rates[i] * std::exp(-rates[i] * x);
+    return sum;
+}
+
+double HyperExponential::hyper_exponential_cdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities) {
+    checkParameters(rates, probabilities);
+    if (x < 0) return 0;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) sum += probabilities[i] * (1 - std::exp(-rates[i] * x));
+    return sum;
+}
+
+double HyperExponential::hyper_exponential_ccdf(double x, const std::vector<double>& rates,
+                                                const std::vector<double>& probabilities) {
+    return 1 - hyper_exponential_cdf(x, rates, probabilities);
+}
+
+}  // namespace velmora

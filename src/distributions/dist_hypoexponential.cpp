@@ -1,0 +1,113 @@
+// The hypo-exponential distribution: the density as the partial-fraction sum
+// sum_i r_i e^(-r_i x) prod_{j != i} r_j / (r_j - r_i), which holds for
+// pairwise different rates only (equal rates divide by 0 and the result is
+// whatever floating-point arithmetic makes of it). Mean, variance and
+// skewness come from the sums of 1/r_i^m; the raw moments from the
+// equivalent phase-type distribution.
+#include "distributions/dist_hypoexponential.h"
+
+#include <cmath>
+
+#include "core/libvelmora_settings.h"
+#include "markov/cph.h"
+#include "numerics/matrix.h"
+#include "numerics/random.h"
+
+namespace velmora {
+
+static void checkParameters(const std::vector<double>& rates) {
+    if (!HypoExponential::hypo_exponential_check_params(rates))
+        throw Exception("dist", __LINE__, "Invalid parameters for Hypo-Exponential distribution.");
+}
+
+HypoExponential::HypoExponential(std::vector<double> rates) : rates(std::move(rates)) {
+    type = DIST_HYPOEXPONENTIAL;
+    paramCheck();
+}
+
+unsigned HypoExponential::getPhases() const { return static_cast<unsigned>(rates.size()); }
+std::vector<double> HypoExponential::getRates() const { return rates; }
+
+void HypoExponential::setRates(std::vector<double> value) {
+    rates = std::move(value);
+    paramCheck();
+}
+
+double HypoExponential::generateVariate() { return rng->hypo_exponential(rates); }
+double HypoExponential::evalPDF(double x) { return hypo_exponential_pdf(x, rates); }
+double HypoExponential::evalCDF(double x) { return hypo_exponential_cdf(x, rates); }
+double HypoExponential::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
+double HypoExponential::evalCCDF(double x) { return hypo_exponential_ccdf(x, rates); }
+
+std::string HypoExponential::toString(format f) {
+    std::string k = formatNumber(getPhases()), r = formatList(rates, true);
+    return layoutText(f, type, "hypoexpdist", {{"phases", k}, {"rates", r}}, {{"phases", k}, {"rates", r}});
+}
+
+DistStats HypoExponential::getProperties(unsigned n) { return hypo_exponential_stats(rates, n); }
+
+void HypoExponential::paramCheck() { checkParameters(rates); }
+
+// The series chain of the rates; building it needs no object (and no stream).
+static CPH seriesCPH(const std::vector<double>& rates) {
+    unsigned m = static_cast<unsigned>(rates.size());
+    Matrix T(m, m);
+    for (unsigned i = 0; i < m; i++) {
+        T(i, i) = -rates[i];
+        if (i + 1 < m) T(i, i + 1) = rates[i];
+    }
+    Vector tau(m, true);
+    if (m > 0) tau[0] = 1;
+    return CPH(T, tau);
+}
+
+CPH HypoExponential::asCPH() { return seriesCPH(rates); }
+
+bool HypoExponential::hypo_exponential_check_params(const std::vector<double>& rates) {
+    for (double rate : rates)
+        if (rate < 0) return false;
+    return true;
+}
+
+double HypoExponential::hypo_exponential_pdf(double x, const std::vector<double>& rates) {
+    checkParameters(rates);
+    if (x < 0) return 0;
+    const size_t m = rates.size();
+    double sum = 0;
+    for (size_t i = 0; i < m; i++) {
+        double product = 1;
+        for (size_t j = 0; j < m; j++)
+            if (j != i) product *= rates[j] / (rates[j] - rates[i]);
+        sum += rates[i] * std::exp(-rates[i] * x) * product;
+    }
+    return sum;
+}
+
+double HypoExponential::hypo_exponential_cdf(double, const std::vector<double>&) {
+    throw Exception("dist", __LINE__, "Not implemented.");
+}
+
+double HypoExponential::hypo_exponential_ccdf(double, const std::vector<double>&) {
+    throw Exception("dist", __LINE__, "Not implemented.");
+}
+
+// Kurtosis is not computed and is reported as 0.
+DistStats HypoExponential::hypo_exponential_stats(const std::vector<double>& rates, unsigned n) {
+    checkParameters(rates);
+    double s1 = 0, s2 = 0, s3 = 0;
+    for (double rate : rates) {
+        s1 += 1 / rate;
+        s2 += 1 / (rate * rate);
+        s3 += 1 / (rate * rate * rate);
+    }
+    DistStats stats;
+    stats.mean = s1;
+    stats.variance = s2;
+    stats.skewness = 2 * s3 / std::pow(s2, 1.5);
+    stats.cv = std::sqrt(s2 / (s1 * s1));
+    stats.kurtosis = 0;
+    if (n > 0) stats.moments = seriesCPH(rates).getMoments(1, n);
+    return stats;
+}
+
+}  // namespace velmora
