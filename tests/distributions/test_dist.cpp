@@ -45,7 +45,8 @@ TEST(DistRegistry, TypeNamesMapBothWaysForAllNineteenFamilies) {
 
 TEST(DistRegistry, UnknownValuesAndNamesAreRefused) {
     EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(19)); }), "Unknown distribution");
-    EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(-1)); }), "Unknown distribution");
+    // 31 is the largest value the enumeration can hold without a cast out of its range.
+    EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(31)); }), "Unknown distribution");
     for (std::string name : {"Normal", "pearsonv", "", "normal "})
         EXPECT_EQ(messageOf([&] { Dist::getDistType(name); }), "Unknown distribution") << name;
 }
@@ -169,6 +170,21 @@ TEST(DistChecks, AcceptedBoundaryParameters) {
     EXPECT_NO_THROW(Lognormal(0, 0));
     EXPECT_NO_THROW(ChiSquare(0));
     EXPECT_EQ(Uniform(2, 2).generateVariate(), 2.0);
+    // Only the uniform statistics refuse a negative lower bound; the density,
+    // distribution and quantile functions refuse only a > b.
+    EXPECT_EQ(Uniform::uniform_pdf(0, -1, 1), 0.5);
+    EXPECT_EQ(Uniform::uniform_cdf(0, -1, 1), 0.5);
+    EXPECT_EQ(Uniform::uniform_inverse_cdf(0.5, -1, 1), 0);
+    // k = 0 passes the object, but the gamma routines refuse it at x > 0.
+    ChiSquare none(0);
+    EXPECT_EQ(none.evalPDF(0), 0);
+    EXPECT_EQ(none.evalCDF(0), 0);
+    try {
+        none.evalPDF(1);
+        ADD_FAILURE() << "chi-squared density with k = 0 did not throw";
+    } catch (Exception& e) {
+        EXPECT_EQ(e.file, "misc_math");
+    }
 }
 
 TEST(DistChecks, FailingSetterLeavesTheInvalidValueInPlace) {

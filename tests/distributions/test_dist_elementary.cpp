@@ -121,6 +121,11 @@ TEST(DistElementary, StatisticsAndRawMoments) {
     EXPECT_DOUBLE_EQ(e.variance, 0.25);
     EXPECT_EQ(e.kurtosis, 6);
     EXPECT_DOUBLE_EQ(e.moments[3], 24.0 / 16);
+    // The raw moments use the 32-bit factorial: the 13th is 1932053504, not 13!.
+    DistStats e13 = Exponential(1).getProperties(13);
+    ASSERT_EQ(e13.moments.size(), 13u);
+    EXPECT_EQ(e13.moments[11], 479001600);
+    EXPECT_EQ(e13.moments[12], 1932053504);
 
     // scipy.stats.norm(1, 2).moment(k), k = 1..8; the kurtosis is 3, not the excess.
     testing::internal::CaptureStdout();
