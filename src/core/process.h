@@ -14,9 +14,11 @@ class Trace;
 class Config;
 class XMLConfig;
 
-enum format { FORMAT_CONFIG = 0, FORMAT_XML = 1 };
+// Fixed underlying type: values outside the list reach the "unsupported
+// format" checks of the models without undefined behaviour.
+enum format : int { FORMAT_CONFIG = 0, FORMAT_XML = 1 };
 
-enum process_type {
+enum process_type : int {
     PROCESS_MAP = 0,
     PROCESS_MEP = 1,
     PROCESS_CPH = 2,
