@@ -111,22 +111,38 @@ Vector CPH::getExitRates() const {
 // ---------------------------------------------------------------------------
 // Generation
 
-// True if absorption can be reached from `start` through positive rates.
+// True if absorption can be reached from `start` with positive probability.
+// The walk picks the first phase whose running sum of jump probabilities
+// reaches the uniform draw v of [0, 1], so a jump is possible only where its
+// sum rises above every earlier sum (and above 0), and absorption only where
+// all sums stay below 1. This also holds for rows of mixed signs, in which
+// a row sum below 0 does not show that the way out can be taken.
 static bool absorptionReachable(const Matrix& T, unsigned start) {
-    unsigned n = T.getNumberRows();
+    const unsigned n = T.getNumberRows();
     std::vector<bool> seen(n, false);
     std::vector<unsigned> stack(1, start);
     seen[start] = true;
     while (!stack.empty()) {
-        unsigned s = stack.back();
+        const unsigned s = stack.back();
         stack.pop_back();
-        if (T.getRowSum(s) < 0) return true;
         const std::vector<double>& row = T[s];
-        for (unsigned j = 0; j < n; j++)
-            if (j != s && row[j] > 0 && !seen[j]) {
-                seen[j] = true;
-                stack.push_back(j);
+        const double rate = -row[s];
+        // The sojourn draw refuses such a rate: the walk ends there.
+        if (!(rate > 0)) return true;
+        double a = 0;
+        double highest = 0;  // the largest sum so far, at least 0
+        for (unsigned j = 0; j < n; j++) {
+            if (j == s) continue;
+            a += row[j] / rate;
+            if (a > highest && highest < 1) {
+                if (!seen[j]) {
+                    seen[j] = true;
+                    stack.push_back(j);
+                }
+                highest = a;
             }
+        }
+        if (highest < 1) return true;
     }
     return false;
 }
@@ -137,6 +153,9 @@ double CPH::getNextRandomVariate() {
     if (!rngInitialized) throw Exception("cph", __LINE__, "Initialize Random Number Generation first.");
     const unsigned n = getOrder();
     const unsigned m = tau.getNumberEntries();
+    // A T that is not square, or a start phase beyond its order, has no row
+    // to walk on.
+    if (T.getNumberCols() != n) throw Exception("cph", __LINE__, "Invalid matrix dimensions.");
 
     double u = rng->uniform(0, 1);
     double p = getTau0();
@@ -149,6 +168,8 @@ double CPH::getNextRandomVariate() {
             break;
         }
     }
+
+    if (c >= n) throw Exception("cph", __LINE__, "Invalid matrix dimensions.");
 
     double t = 0;
     // A chain from which absorption can't be reached would walk for ever;

@@ -85,7 +85,8 @@ bool MAP::valid_map(Matrix d0, Matrix d1) {
             if (r1[j] < 0) return false;
             events += r1[j];
         }
-        if (std::fabs(r0[i] + offDiagonal + events) > 1e-7) return false;
+        // Written as a test that must hold, so that a row of NaN doesn't close.
+        if (!(std::fabs(r0[i] + offDiagonal + events) <= 1e-7)) return false;
     }
     return true;
 }
@@ -192,7 +193,11 @@ void MAP::buildJumpTable() {
     sojournRate.assign(n, 0.0);
     jumpSums.assign(static_cast<std::size_t>(n) * width, 0.0);
     jumpTarget.assign(static_cast<std::size_t>(n) * width, 0);
-    std::vector<unsigned char> canLeave(n, 0);  // some event has a positive chance from here on
+    // possible[k]: the lookup can stop at entry k with positive probability,
+    // that is, its sum rises above every earlier sum of the row (and above 0)
+    // while these stay below 1. The sums rise steadily in a valid MAP; the
+    // running maximum keeps the test right for rows of mixed signs.
+    std::vector<unsigned char> possible(static_cast<std::size_t>(n) * width, 0);
 
     // The partial sums are formed exactly as the walk would form them, so
     // that looking them up gives the same phase as summing on the fly.
@@ -203,6 +208,7 @@ void MAP::buildJumpTable() {
         sojournRate[s] = rate;
         double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
         unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
+        unsigned char* can = &possible[static_cast<std::size_t>(s) * width];
         double a = 0;
         unsigned k = 0;
         for (unsigned j = 0; j < n; j++) {
@@ -212,31 +218,40 @@ void MAP::buildJumpTable() {
             targets[k++] = j;
         }
         for (unsigned j = 0; j < n; j++) {
-            double before = a;
             a += r1[j] / rate;
             sums[k] = a;
             targets[k++] = j;
-            if (a > before && before < 1) canLeave[s] = 1;
         }
+        double highest = 0;
+        for (k = 0; k < width; k++)
+            if (sums[k] > highest && highest < 1) {
+                can[k] = 1;
+                highest = sums[k];
+            }
     }
     // A phase from which no event can ever be reached would make the walk
-    // run for ever; it is marked, and the walk refuses to enter it.
-    reachesEvent = canLeave;
+    // run for ever; it is marked, and the walk refuses to go on in it. A
+    // phase whose sojourn rate the exponential draw refuses ends the walk
+    // there with that draw's message, and counts as an end.
+    reachesEvent.assign(n, 0);
+    for (unsigned s = 0; s < n; s++) {
+        const unsigned char* can = &possible[static_cast<std::size_t>(s) * width];
+        if (!(sojournRate[s] > 0)) reachesEvent[s] = 1;
+        for (unsigned k = n - 1; k < width; k++)
+            if (can[k]) reachesEvent[s] = 1;
+    }
     for (bool changed = true; changed;) {
         changed = false;
         for (unsigned s = 0; s < n; s++) {
             if (reachesEvent[s]) continue;
-            const double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
+            const unsigned char* can = &possible[static_cast<std::size_t>(s) * width];
             const unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
-            double before = 0;
-            for (unsigned k = 0; k + 1 < n; k++) {
-                if (sums[k] > before && before < 1 && reachesEvent[targets[k]]) {
+            for (unsigned k = 0; k + 1 < n; k++)
+                if (can[k] && reachesEvent[targets[k]]) {
                     reachesEvent[s] = 1;
                     changed = true;
                     break;
                 }
-                before = sums[k];
-            }
         }
     }
     tableRevision = matrixRevision;

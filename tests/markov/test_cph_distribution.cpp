@@ -258,9 +258,24 @@ TEST(CPHGeneration, Refusals) {
     zeroRate.initRandomNumberGeneration(1);
     EXPECT_EQ(messageOf([&] { zeroRate.getNextRandomVariate(); }), "Invalid rate for exponential distribution");
 
-    // A closed cycle never absorbs.
-    CPH cycle(mat({{-1, 1}, {1, -1}}), row({1, 0}));
-    cycle.initRandomNumberGeneration(1);
-    EXPECT_EQ(messageOf([&] { cycle.getNextRandomVariate(); }),
-              "Absorption can't be reached from the current phase.");
+    struct Case {
+        const char* name;
+        Matrix T;
+        Vector tau;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"closed cycle", mat({{-1, 1}, {1, -1}}), row({1, 0}), "Absorption can't be reached from the current phase."},
+        // Row 0 sums to -0.5, yet its jump sums 2 and 0.5 always pick phase 1,
+        // and phase 1 always goes back: the exit is never taken.
+        {"exit hidden behind a large jump sum", mat({{-1, 2, -1.5}, {1, -1, 0}, {0, 0, -1}}), row({1, 0, 0}),
+         "Absorption can't be reached from the current phase."},
+        {"T not square", mat({{-1}, {0}}), row({1, 0}), "Invalid matrix dimensions."},
+        {"tau longer than the order", mat({{-1}}), row({0, 1}), "Invalid matrix dimensions."},
+    };
+    for (const Case& c : cases) {
+        CPH p(c.T, c.tau);
+        p.initRandomNumberGeneration(1);
+        EXPECT_EQ(messageOf([&] { p.getNextRandomVariate(); }), c.message) << c.name;
+    }
 }

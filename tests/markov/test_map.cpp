@@ -54,6 +54,7 @@ TEST(MAP, ValidityFollowsSignsShapesAndRowSums) {
         {rows({{-1, 1}, {0, -1}}), rows({{0}}), false, "shapes differ"},
         {rows({{-1, 1}}), rows({{0, 0}}), false, "not square"},
         {Matrix(), Matrix(), false, "empty"},
+        {rows({{-1, 0}, {0, -1}}), rows({{1, 0}, {NAN, 0}}), false, "row of NaN"},
     };
     for (const Case& c : cases) EXPECT_EQ(map.valid_map(c.d0, c.d1), c.valid) << c.what;
     EXPECT_TRUE(map.valid_map(rows({{-1, 1}, {0, -1}})));
@@ -171,6 +172,31 @@ TEST(MAP, GeneratorDrawsInTheDescribedOrder) {
         EXPECT_EQ(branching.getNextRandomVariate(), x);
     }
 
+    // pi = (0.5, 0.5): the first uniform picks the start phase, and the two
+    // phases differ in their rates. An event leads to phase 0 up to 1/2 and to
+    // phase 1 above; the jumps without an event have probability 0.
+    const double rates[2] = {1, 5};
+    for (unsigned seed = 1; seed <= 8; seed++) {
+        MAP twoPhases(rows({{-1, 0}, {0, -5}}), rows({{0.5, 0.5}, {2.5, 2.5}}));
+        twoPhases.initRandomNumberGeneration(seed);
+        Rand r(seed);
+        unsigned s = r.uniform(0, 1) <= 0.5 ? 0 : 1;
+        for (int i = 0; i < 10; i++) {
+            double x = 0;
+            while (true) {
+                x += r.exponential(rates[s]);
+                double v = r.uniform(0, 1);
+                if (v <= 0) {
+                    s = 1 - s;
+                    continue;
+                }
+                s = v <= 0.5 ? 0 : 1;
+                break;
+            }
+            EXPECT_EQ(twoPhases.getNextRandomVariate(), x) << "seed " << seed << ", interval " << i;
+        }
+    }
+
     // A new initialisation starts the same stream again.
     single.initRandomNumberGeneration(11);
     Rand again(11);
@@ -179,14 +205,25 @@ TEST(MAP, GeneratorDrawsInTheDescribedOrder) {
 }
 
 TEST(MAP, PhaseWithoutAnyEventIsRefusedInsteadOfWalkingForEver) {
-    // Phases 1 and 2 pass the chain between them and leak, but never give an
-    // event: a walk that enters them could not end.
-    MAP trapped(rows({{-2, 0.5, 0}, {0, -1, 0.5}, {0, 0.5, -1}}), rows({{1.5, 0, 0}, {0, 0, 0}, {0, 0, 0}}));
-    trapped.initRandomNumberGeneration(1);
-    std::string message = mapMessage([&] {
-        for (int i = 0; i < 1000; i++) trapped.getNextRandomVariate();
-    });
-    EXPECT_EQ(message, "No event can be reached from the current phase.");
+    struct Case {
+        const char* name;
+        Matrix d0, d1;
+    } cases[] = {
+        // Phases 1 and 2 pass the chain between them and leak, but never
+        // give an event: a walk that enters them could not end.
+        {"leaking pair", rows({{-2, 0.5, 0}, {0, -1, 0.5}, {0, 0.5, -1}}), rows({{1.5, 0, 0}, {0, 0, 0}, {0, 0, 0}})},
+        // Phase 0 has an event entry, but its first jump sum 1.5 takes every
+        // draw to phase 1, which always goes back.
+        {"event hidden behind a large jump sum", rows({{-1, 1.5}, {1, -1}}), rows({{-0.6, 0.1}, {0, 0}})},
+    };
+    for (const Case& c : cases) {
+        MAP trapped(c.d0, c.d1);
+        trapped.initRandomNumberGeneration(1);
+        std::string message = mapMessage([&] {
+            for (int i = 0; i < 1000; i++) trapped.getNextRandomVariate();
+        });
+        EXPECT_EQ(message, "No event can be reached from the current phase.") << c.name;
+    }
 }
 
 // 100000 intervals of the example model: the standard deviations of the
