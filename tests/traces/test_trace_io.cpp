@@ -190,7 +190,8 @@ TEST(Trace, ReplayIsACursorThatOnlyInitializationResets) {
 // forms: fixed and exponent, negatives, zeros, subnormals, extremes, values
 // that round up to the next power of ten, and the non-finite ones.
 TEST(Trace, NumberTextEqualsStreamInsertion) {
-    std::vector<double> values = {0.0, -0.0, 1.0, -1.0, 0.1, 1e-4, 1e-5, 9.999995e-5, 999999.4, 999999.5,
+    std::vector<double> values = {0.0, -0.0, 1.0, -1.0, 0.1, 1e-4, 1e-5, 9.999995e-5, 9.99999e-5, 999999.4, 999999.5,
+                                  1e5, 1e6, -1e6, 100000.5, 100001.5, 0.000099999949, 0.00012345649,
                                   123456.5, 1234567.0, 1e15, 1e16, 1e100, -1e-100, DBL_MAX, -DBL_MAX, DBL_MIN,
                                   4.9406564584124654e-324, 1e-320, 0.5, 2.5, 1234.56789, 3.0000005,
                                   std::numeric_limits<double>::infinity(),
@@ -224,7 +225,11 @@ TEST(Trace, NumberReadingEqualsStreamExtraction) {
                                       "1e+", "1e-", "1E5", "1e+05", "2e-324", "3e-324", "1e-310", "1e-400",
                                       "1e308", "1.8e308", "-1.8e308", "0.1e1.5", "12abc", "1,5", "1 2",
                                       "\v\f 4", "0x1p3", "infinity", "-nan", "1e0000000000000000000001",
-                                      "123456789012345678901234567890", "0.000000000000000000000000001"};
+                                      "123456789012345678901234567890", "0.000000000000000000000000001",
+                                      "+0x1p3", "-0x1p3", "+", "++5", "1e-5", "1ex", "1.e", "1e5.3", "-.e1",
+                                      "2.4703282292062327e-324", "2.4703282292062328e-324",
+                                      "1.7976931348623158e308", "1.7976931348623159e308", "-1e-400", "1e99999",
+                                      "2.2250738585072011e-308", "\r8", "1d5"};
     std::mt19937_64 bits(777);
     std::uniform_real_distribution<double> unit(-1.0, 1.0);
     std::uniform_int_distribution<int> exponent(-300, 300), digits(1, 17);

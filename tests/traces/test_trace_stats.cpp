@@ -174,6 +174,9 @@ TEST(TraceStatistics, DistributionGridIsAnchoredAtMultiplesOfTheWidth) {
         {{0.7, 1.2, 2.4}, 0.5, 2.5, 1.0, {0, 1. / 3, 2. / 3}},
         // Two bins for a range of 2.2: 3.05 would go to counter 4 and is counted above.
         {{0.95, 3.05, 0.1, 5.0}, 0.9, 3.1, 1.0, {0.25, 0.5, 0.5}},
+        // The cell index cuts toward zero: -0.5 and 0.5 share a counter, and
+        // -1.5 lies in the second bin although it is below -1.
+        {{-1.5, -0.5, 0.5}, -2.0, 1.0, 1.0, {0, 0, 1. / 3, 1}},
     };
     for (const Case& c : cases) {
         Trace trace(c.values);

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # Writes summary_expected.txt, the text that the trace summary must give for
-# the twelve values below. The figures come from numpy; the distribution table
+# the twenty values below. The figures come from numpy; the distribution table
 # is rebuilt from its definition (bins anchored at multiples of the width,
 # counters below and above the range). Run it from this directory.
 import math
