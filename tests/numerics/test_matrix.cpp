@@ -342,6 +342,9 @@ TEST(Vector, ProductsWithMatricesAndVectors) {
     Vector row({1, 1}, true), col({1, 1}, false);
     EXPECT_EQ(row * m, Vector({4, 6}, true));
     EXPECT_EQ(m * col, Vector({3, 7}, false));
+    // A column vector keeps column 0 of its product, a row vector row 0.
+    EXPECT_EQ(Vector({1, 2}, false) * Matrix({{3, 4}}), Vector({3, 6}, false));
+    EXPECT_EQ(Matrix({{3}, {4}}) * Vector({1, 2}, true), Vector({3, 6}, true));
     EXPECT_EQ(row * col, Matrix({{2}}));
     EXPECT_EQ(Vector({1, 2}, false) * Vector({3, 4}, true), Matrix({{3, 4}, {6, 8}}));
     EXPECT_EQ(failureOf([&] { row * row; }), "matrix: Cannot multiply vectors.");

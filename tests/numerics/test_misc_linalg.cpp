@@ -187,19 +187,45 @@ TEST(SteadyState, AgreesWithNumpy) {
     for (const Case& c : cases) {
         Matrix x = compute_steady_state_probability_vector(Matrix(c.g), c.stochastic);
         // The decomposition stops once the off-diagonal entries are below
-        // 1.5e-8 times the matrix scale: the vectors are good to about 1e-8.
+        // 1.5e-8 times the matrix scale: stationary vectors carry errors of a
+        // few 1e-8 at most, and these within 1e-8.
         expectNear(x, Matrix(c.x, MATRIX_ROW), 1e-8, Matrix(c.g).toString(3));
     }
 }
 
-TEST(SteadyState, TinyNegativeEntriesBecomeZero) {
-    // State 2 is transient: its probability comes out as rounding noise, and
-    // noise just below zero is cleared to exactly 0.
-    Matrix x = compute_steady_state_probability_vector(Matrix({{-1, 1, 0}, {2, -2, 0}, {0.5, 0.5, -1}}), false);
-    EXPECT_NEAR(x.getValue(0, 0), 2.0 / 3, 1e-12);
-    EXPECT_NEAR(x.getValue(0, 1), 1.0 / 3, 1e-12);
-    EXPECT_GE(x.getValue(0, 2), 0.0);
-    EXPECT_LT(x.getValue(0, 2), 1e-12);
+TEST(SteadyState, DecompositionStopsAtItsRelativeThreshold) {
+    // The bidiagonal iteration stops once the off-diagonal entries are below
+    // 1.5e-8 times the largest |q| + |e|: here the vector stays 4e-8 away from
+    // the exact (17/21, 4/63, 8/63) of numpy.linalg.lstsq, and the null
+    // singular value is left at 1.08e-7. Expected figures from the same
+    // decomposition run step by step in python float64.
+    Matrix g({{-0.4, 0.4, 0.0}, {2.7, -5.300000000000001, 2.6}, {1.2, 0.1, -1.3}});
+    expectNear(compute_steady_state_probability_vector(g, false),
+               Matrix({{0.8095238507923161, 0.06349206591523934, 0.12698408329244462}}), 1e-13, "x");
+    expectNear(SingularValueDecomposition(g.transpose())[1],
+               Matrix({{6.511044894789109, 1.0797460694435208e-07, 1.790612849847971}}), 1e-13, "values");
+}
+
+TEST(SteadyState, OnlyTinyNegativeEntriesBecomeZero) {
+    // G = I - x^T x / (x x^T) has the left null vector x, which sums to 1.
+    // An entry in (-1e-6, 0) is cleared to exactly 0 and the vector is not
+    // normalised again; -2e-6 is kept.
+    struct Case {
+        std::vector<double> x, expected;
+    } cases[] = {
+        {{0.6, 0.4000005, -5e-7}, {0.6, 0.4000005, 0.0}},
+        {{0.6, 0.400002, -2e-6}, {0.6, 0.400002, -2e-6}},
+    };
+    for (const Case& c : cases) {
+        Vector x(c.x, true);
+        Matrix g = Matrix(3, 3, MATRIX_IDENTITY) - (x.transpose() * x) / (x * x.transpose()).getValue(0, 0);
+        Matrix got = compute_steady_state_probability_vector(g, false);
+        expectNear(got, Matrix(c.expected, MATRIX_ROW), 1e-14, x.toString(6));
+        if (c.expected[2] == 0.0) {
+            EXPECT_EQ(got.getValue(0, 2), 0.0);
+            EXPECT_NEAR(got.getSum(), 1.0000005, 1e-14);
+        }
+    }
 }
 
 TEST(SteadyState, ChainWithTwoClosedClassesTakesTheFirstZeroSingularValue) {
