@@ -83,6 +83,31 @@ TEST(Uniformization, StepGivesTheTransientVector) {
     }
 }
 
+TEST(Uniformization, StepMatchesTheMatrixFormulationExactly) {
+    // The Poisson sum written with whole-matrix operations: the raw-row loops
+    // must give the same bits.
+    Matrix T = dense().getT();
+    Matrix P = T / 3 + Matrix(3, 3, MATRIX_IDENTITY);
+    for (double t : {0.0004, 0.37, 9.0}) {
+        Matrix v = dense().getTau().toMatrix();
+        Matrix expected(1, 3);
+        Matrix power = v;
+        double W, w;
+        int L, R;
+        map_ph_randomization_params(3 * t, 1e-12, &W, &w, &L, &R);
+        for (int k = 0; k <= R; k++) {
+            if (k >= L) {
+                expected = expected + power * (w / W);
+                w = (3 * t / (k + 1)) * w;
+            }
+            power = power * P;
+        }
+        Matrix scratch, result;
+        map_ph_randomization(&P, &v, &scratch, &result, 3, t, 1e-12);
+        for (unsigned j = 0; j < 3; j++) EXPECT_EQ(result(0, j), expected(0, j)) << t << " " << j;
+    }
+}
+
 TEST(Uniformization, ZeroMeanCopiesTheVector) {
     Matrix P(2, 2, MATRIX_IDENTITY);
     Matrix v(std::vector<std::vector<double>>{{0.2, 0.3}});
