@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "distributions/dist.h"
+#include "distributions/dist_process.h"
+#include "numerics/matrix.h"
+#include "traces/trace.h"
+
+using namespace velmora;
+
+namespace {
+
+std::string writeFile(const std::string& name, const std::string& text) {
+    std::string path = testing::TempDir() + name;
+    std::ofstream(path.c_str(), std::ios::binary) << text;
+    return path;
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path.c_str());
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::string failure(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (Exception& e) {
+        return e.file + ": " + e.message;
+    }
+    return "(no exception)";
+}
+
+}  // namespace
+
+TEST(DistProcess, IsTheDistTypeOfProcess) {
+    DistProcess p(new Exponential(2));
+    EXPECT_EQ(p.getProcessType(), PROCESS_DIST);
+    EXPECT_EQ(p.getProcessTypeString(), "Dist");
+    EXPECT_EQ(p.getProcessDescription(), "Dist");
+}
+
+TEST(DistProcess, MomentsStartWithOneAtOrderZeroAndSkipWhatTheFamilyLacks) {
+    DistProcess exponential(new Exponential(1));
+    EXPECT_EQ(exponential.getMoments(0, 2), (std::vector<double>{1, 1, 2}));
+    DistProcess exponential2(new Exponential(2));
+    EXPECT_EQ(exponential2.getMoments(2, 3), (std::vector<double>{0.5, 0.75}));
+    // The normal family has eight moments: order 9 is left out.
+    DistProcess normal(new Normal(0, 1));
+    EXPECT_EQ(normal.getMoments(1, 9).size(), 8u);
+}
+
+TEST(DistProcess, AutocorrelationsAreZeroBeyondLagZero) {
+    DistProcess p(new Exponential(1));
+    EXPECT_EQ(p.getAutocorrelations(0, 3), (std::vector<double>{1, 0, 0, 0}));
+    EXPECT_EQ(p.getAutocorrelations(2, 3), (std::vector<double>{0, 0}));
+    EXPECT_TRUE(p.getAutocorrelations(3, 2).empty());
+}
+
+TEST(DistProcess, KeyValueTextEndsInAnEmptyLineAndReadsBack) {
+    DistProcess p(new Exponential(2));
+    const std::string text = p.toString(FORMAT_CONFIG);
+    EXPECT_EQ(text, "model = distribution\ndistribution = exponential\nrate = 2\n\n");
+    const std::string path = testing::TempDir() + "dist_process.conf";
+    p.save(path, FORMAT_CONFIG);
+    EXPECT_EQ(readFile(path), text);
+    DistProcess back(path, FORMAT_CONFIG);
+    EXPECT_EQ(back.toString(FORMAT_CONFIG), text);
+    EXPECT_EQ(back.getDistribution()->getType(), DIST_EXPONENTIAL);
+}
+
+TEST(DistProcess, XmlTextReadsBackInsideTheEnvelope) {
+    DistProcess p(new Gamma(2, 1.5));
+    const std::string path = testing::TempDir() + "dist_process.xml";
+    p.save(path, FORMAT_XML);
+    EXPECT_EQ(readFile(path), "<?xml version=\"1.0\"?>\n<velmora>\n" + p.toString(FORMAT_XML) + "</velmora>\n");
+    DistProcess back(path, FORMAT_XML);
+    EXPECT_EQ(back.toString(FORMAT_XML), p.toString(FORMAT_XML));
+    EXPECT_EQ(back.toString(FORMAT_XML).back(), '\n');
+    EXPECT_DOUBLE_EQ(back.evalCDF(2.5), p.evalCDF(2.5));
+}
+
+TEST(DistProcess, ExampleModelIsAGammaDistribution) {
+    XMLConfig doc(std::string(VELMORA_SOURCE_DIR) + "/examples/dist.xml");
+    DistProcess p(&doc);
+    ASSERT_EQ(p.getDistribution()->getType(), DIST_GAMMA);
+    EXPECT_EQ(p.getMoments(1, 1), (std::vector<double>{3}));
+}
+
+TEST(DistProcess, KeyValueFileWithoutModelKeyIsRead) {
+    DistProcess p(writeFile("dist_nomodel.conf", "distribution = normal\nmean = 1\nvar = 4\n"), FORMAT_CONFIG);
+    EXPECT_EQ(p.getDistribution()->getType(), DIST_NORMAL);
+    EXPECT_DOUBLE_EQ(p.getMoments(2, 2)[0], 5.0);
+}
+
+TEST(DistProcess, SummaryHoldsTextMeanAndVarianceInFixedNotation) {
+    DistProcess p(new Exponential(2));
+    EXPECT_EQ(p.getSummary(),
+              "Distribution: \n=============\n"
+              "model = distribution\ndistribution = exponential\nrate = 2\n\n\n"
+              "mean = 0.500000\nvariance = 0.250000\n");
+    EXPECT_EQ(p.getSummary(3, 3, 3), p.getSummary());
+    DistProcess gamma(new Gamma(2, 1.5));
+    EXPECT_EQ(gamma.getSummary().find("Moment "), std::string::npos);
+}
+
+TEST(DistProcess, DistributionGridStartsAboveZeroForExponential) {
+    DistProcess p(new Exponential(1));
+    Distribution fromZero = p.computeDistribution(0, 10);
+    ASSERT_FALSE(fromZero.cdf.empty());
+    EXPECT_EQ(fromZero.cdf.front().first, 0.0001);
+    EXPECT_NEAR(fromZero.cdf[1].first - fromZero.cdf[0].first, (10 - 0.0001) / 1000, 1e-12);
+    EXPECT_NEAR(fromZero.cdf.back().first, 10, 0.02);
+    EXPECT_GE(fromZero.cdf.size(), 1000u);
+    EXPECT_LE(fromZero.cdf.size(), 1001u);
+    EXPECT_NEAR(fromZero.pdf[0].second, std::exp(-0.0001), 1e-15);
+    EXPECT_NEAR(fromZero.ccdf[0].second, std::exp(-0.0001), 1e-15);
+    EXPECT_EQ(p.computeDistribution(1, 10).cdf.front().first, 1.0);
+    // Other families keep a lower bound of 0.
+    DistProcess gamma(new Gamma(2, 1));
+    EXPECT_EQ(gamma.computeDistribution(0, 10).pdf.front().first, 0.0);
+}
+
+TEST(DistProcess, FamilyWithoutCdfGivesZeroPairsOfFullLength) {
+    DistProcess p(new Beta(2, 3));
+    Distribution d = p.computeDistribution(0, 1);
+    ASSERT_GE(d.pdf.size(), 1000u);
+    EXPECT_EQ(d.cdf.size(), d.pdf.size());
+    EXPECT_EQ(d.ccdf.size(), d.pdf.size());
+    for (std::size_t i = 0; i < d.cdf.size(); ++i) {
+        EXPECT_EQ(d.cdf[i], std::make_pair(0.0, 0.0));
+        EXPECT_EQ(d.ccdf[i], std::make_pair(0.0, 0.0));
+    }
+    EXPECT_GT(d.pdf[500].second, 0);
+    EXPECT_EQ(d.pdf[500].first, d.pdf[499].first + 0.001);
+}
+
+// Left to the implementer: equal bounds give one point, a NaN bound none.
+TEST(DistProcess, DegenerateRangesEndTheWalk) {
+    DistProcess p(new Gamma(2, 1));
+    EXPECT_EQ(p.computeDistribution(2, 2).pdf.size(), 1u);
+    EXPECT_TRUE(p.computeDistribution(std::nan(""), 2).pdf.empty());
+    EXPECT_TRUE(p.computeDistribution(0, std::nan("")).pdf.empty());
+}
+
+TEST(DistProcess, VariatesAreThoseOfTheSeededFamily) {
+    DistProcess p(new Gamma(2, 1.5));
+    Gamma reference(2, 1.5);
+    p.initRandomNumberGeneration(42);
+    reference.setSeed(42);
+    std::vector<double> first;
+    for (int i = 0; i < 5; ++i) {
+        first.push_back(p.getNextRandomVariate());
+        EXPECT_EQ(first.back(), reference.generateVariate());
+    }
+    p.initRandomNumberGeneration(42);
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(p.getNextRandomVariate(), first[i]);
+}
+
+TEST(DistProcess, LikelihoodIsTheLogLikelihoodOfTheFamily) {
+    DistProcess p(new Exponential(2));
+    Trace t(std::vector<double>{0.5, 1.0, 0.25});
+    EXPECT_NEAR(p.computeLikelihood(&t), 3 * std::log(2.0) - 2 * 1.75, 1e-12);
+}
+
+TEST(DistProcess, FailuresCarryTheirMessages) {
+    const std::string bad = writeFile("dist_badmodel.conf", "model = arima\ndistribution = exponential\n");
+    const std::string empty = writeFile("dist_empty.conf", "model = distribution\n");
+    struct Case {
+        std::function<void()> action;
+        const char* expected;
+    } cases[] = {
+        {[&] { DistProcess p(bad, FORMAT_CONFIG); }, "dist: Not a distribution."},
+        {[&] { DistProcess p(empty, static_cast<format>(2)); }, "dist: Unsupported Format."},
+        {[] { DistProcess(new Exponential(1)).toString(static_cast<format>(2)); },
+         "dist: Output format not supported by Dists."},
+        {[] { DistProcess(new Exponential(1)).save("/nonexistent-dir/x.conf", FORMAT_CONFIG); },
+         "dist: Cannot open file."},
+        {[] { DistProcess(new Exponential(1)).getJointMoments(1, 2); },
+         "dist: Computation of Joint Moments not supported for Distribution."},
+        {[] { DistProcess(new Exponential(1)).computeDistribution(2, 1); }, "dist: Invalid range for distribution."},
+        {[] { DistProcess(new Exponential(1)).getNextRandomVariate(); },
+         "dist: Initialize Random Number Generation first."},
+        // The family's own refusals pass through.
+        {[] { DistProcess(new PearsonV(2, 1)).getSummary(); }, "dist: Not implemented."},
+        // Left to the implementer: a file without "distribution" gives a
+        // process without a family, which says so when it is used.
+        {[&] { DistProcess(empty, FORMAT_CONFIG).evalCDF(1); }, "dist: No distribution loaded."},
+        {[&] { DistProcess(empty, FORMAT_CONFIG).getSummary(); }, "dist: No distribution loaded."},
+        {[&] { DistProcess(empty, FORMAT_CONFIG).initRandomNumberGeneration(1); }, "dist: No distribution loaded."},
+    };
+    for (const Case& c : cases) EXPECT_EQ(failure(c.action), c.expected);
+}
+
+TEST(DistProcess, FailedLoadKeepsTheHeldFamily) {
+    DistProcess p(new Exponential(2));
+    Config config(writeFile("dist_badmodel2.conf", "model = map\ndistribution = normal\n"));
+    EXPECT_THROW(p.load(&config), Exception);
+    EXPECT_EQ(p.getDistribution()->getType(), DIST_EXPONENTIAL);
+}
