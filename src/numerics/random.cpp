@@ -138,18 +138,22 @@ double Rand::lognormal(double mu, double sigma) {
     return std::pow(2.718281828459045, normal(mu, sigma));
 }
 
-// The product of the draws is folded into a sum of logarithms before it can
-// underflow, so that large k cannot give an infinite variate; as long as the
-// product stays above 1e-280 the result is ln(product) * (-1 / rate) exactly.
+// Where the running product of the draws would leave the normal range, the
+// product so far goes into a sum of logarithms and the product starts again,
+// so that large k cannot give an infinite variate. While the plain product
+// stays a normal number the result is ln(product) * (-1 / rate) exactly.
 double Rand::erlang(unsigned k, double rate) {
     if (!(rate > 0)) fail(__LINE__, "Invalid rate for erlang distribution");
     double product = 1.0;
     double logSum = 0.0;
     for (unsigned i = 0; i < k; ++i) {
-        product *= drawPositive();
-        if (product < 1e-280) {
+        const double u = drawPositive();
+        const double next = product * u;
+        if (next < DBL_MIN) {
             logSum += std::log(product);
-            product = 1.0;
+            product = u;
+        } else {
+            product = next;
         }
     }
     return (std::log(product) + logSum) * (-1.0 / rate) + 0.0;
@@ -183,20 +187,21 @@ double Rand::weibull(double alpha, double beta) {
     return beta * std::pow(-std::log(drawPositive()), 1.0 / alpha) + 0.0;
 }
 
-// Infinite parameters are refused as well: Cheng's loop would never accept.
-// Draws that would make a logarithm infinite are rejected like any other
-// rejected candidate: a first draw of 0 for shape below 1 (it would give the
-// variate 0), a candidate y of infinity, and a first draw of 0 or 1 in Cheng's
-// method.
+// A shape above DBL_MAX / 2, infinity included, is refused as well: 2 alpha - 1
+// overflows and Cheng's loop would never accept. A candidate that a draw of
+// exactly 0 or 1 makes infinite or undefined is rejected like any other
+// rejected candidate, after the same draws: y of infinity for shape below 1,
+// and a first draw of 0 or 1 in Cheng's method. A first draw of 0 for shape
+// below 1 gives the candidate 0, which is tested like any other.
 double Rand::gamma(double alpha, double beta) {
-    if (!(alpha > 0 && beta > 0) || !std::isfinite(alpha) || !std::isfinite(beta))
+    if (!(alpha > 0 && beta > 0) || alpha > DBL_MAX / 2)
         fail(__LINE__, "Invalid parameters for gamma distribution.");
     double x;
     if (alpha < 1.0) {
         const double e = 2.718281828459045;
         const double b = (e + alpha) / e;
         for (;;) {
-            const double p = b * drawPositive();
+            const double p = b * drawRandomNumber();
             if (p <= 1.0) {
                 const double y = std::pow(p, 1.0 / alpha);
                 if (std::exp(-y) >= drawRandomNumber()) {

@@ -125,14 +125,12 @@ public:
 
 private:
     [[noreturn]] static void fail(int line, const char* message);
-    // A uniform number of (0, 1]: a draw of exactly 0 is drawn again, so that
-    // logarithms of draws stay finite.
+    // One uniform number of (0, 1]: a draw of exactly 0 counts as the
+    // smallest positive draw, 1 / (2^32 - 1), so that logarithms of draws stay
+    // finite while every method still takes one draw per uniform.
     double drawPositive() {
-        double u;
-        do {
-            u = drawRandomNumber();
-        } while (u == 0.0);
-        return u;
+        const double u = drawRandomNumber();
+        return u == 0.0 ? 2.3283064370807974e-10 : u;
     }
 
     MTRand* generator;
@@ -145,8 +143,9 @@ inline double Rand::uniform(double a, double b) {
     return (b - a) * drawRandomNumber() + a;
 }
 
-// A draw of exactly 0 is replaced by the next draw (its logarithm would make
-// the variate infinite); adding 0.0 turns the -0 of a draw of 1 into +0.
+// A draw of exactly 0 counts as the smallest positive draw (its logarithm
+// would make the variate infinite); adding 0.0 turns the -0 of a draw of 1
+// into +0.
 inline double Rand::exponential(double rate) {
     if (!(rate > 0)) fail(__LINE__, "Invalid rate for exponential distribution");
     return std::log(drawPositive()) * (-1.0 / rate) + 0.0;
