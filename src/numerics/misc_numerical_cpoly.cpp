@@ -74,7 +74,10 @@ double scale(unsigned nn, std::vector<double> pt, double eta, double infin, doub
         sc = x;
         if (infin / sc > max) sc = 1.0;
     }
-    const int l = static_cast<int>(std::log(sc) / std::log(base) + 0.5);
+    // Truncation toward zero, kept in a double: an infinite or NaN exponent
+    // (from coefficients that are themselves infinite or NaN) then gives 0,
+    // infinity or NaN instead of an integer conversion out of range.
+    const double l = std::trunc(std::log(sc) / std::log(base) + 0.5);
     return std::pow(base, l);
 }
 
@@ -91,12 +94,12 @@ double cauchy(unsigned nn, std::vector<double>* pt, std::vector<double>* q) {
         if (xm < x) x = xm;
     }
 
-    // Chop the interval (0, x) until f <= 0.
+    // Chop the interval (0, x) while f > 0; a NaN f ends the chopping too.
     for (;;) {
         const double xm = x * 0.1;
         double f = p[0];
         for (unsigned i = 1; i < nn; ++i) f = f * xm + p[i];
-        if (f <= 0.0) break;
+        if (!(f > 0.0)) break;
         x = xm;
     }
 
@@ -325,8 +328,6 @@ void cpoly(std::vector<double> opr, std::vector<double> opi, std::vector<double>
     if (opi.size() != opr.size())
         throw Exception("misc_numerical", __LINE__,
                         "cpoly needs real and imaginary parts of equal length.");
-    if (opr[0] == 0.0 && opi[0] == 0.0)
-        throw Exception("misc_numerical", __LINE__, "Leading coefficient must not be zero.");
 
     cpoly_global& g = cpoly_vars;
     const unsigned size = static_cast<unsigned>(opr.size());
@@ -345,6 +346,10 @@ void cpoly(std::vector<double> opr, std::vector<double> opi, std::vector<double>
     double yy = -xx;
     g.nn = size;
 
+    // The zero slots are already sized and cleared when this is refused.
+    if (opr[0] == 0.0 && opi[0] == 0.0)
+        throw Exception("misc_numerical", __LINE__, "Leading coefficient must not be zero.");
+
     // Zeros at the origin come first, exactly 0.
     while (opr[g.nn - 1] == 0.0 && opi[g.nn - 1] == 0.0) {
         const unsigned idegree = degree - g.nn + 1;
@@ -353,11 +358,11 @@ void cpoly(std::vector<double> opr, std::vector<double> opi, std::vector<double>
         --g.nn;
     }
 
-    for (unsigned i = 0; i < g.nn; ++i) {
+    for (unsigned i = 0; i < size; ++i) {
         g.pr[i] = opr[i];
         g.pi[i] = opi[i];
-        g.shr[i] = cmod(g.pr[i], g.pi[i]);
     }
+    for (unsigned i = 0; i < g.nn; ++i) g.shr[i] = cmod(g.pr[i], g.pi[i]);
     // A power of the base keeps the coefficients clear of underflow and
     // overflow and leaves the zeros as they are.
     const double bnd0 = scale(g.nn, g.shr, g.eta, g.infin, kSmalno, kBase);

@@ -14,9 +14,11 @@ namespace velmora {
 
 namespace {
 
-// The first 25 coefficients of the expansion; the later ones are below the
-// double precision of the sum.
-const double kMvphiA[25] = {
+// The published table of 44 coefficients of the expansion. The sum uses the
+// first 25 (index 24 down to 0); the later ones are below the double
+// precision of the sum.
+const int kMvphiUsed = 24;
+const double kMvphiA[44] = {
     6.10143081923200417926465815756e-1, -4.34841272712577471828182820888e-1,
     1.76351193643605501125840298123e-1, -6.0710795609249414860051215825e-2,
     1.7712068995694114486147141191e-2,  -4.321119385567293818599864968e-3,
@@ -29,7 +31,16 @@ const double kMvphiA[25] = {
     1.12457401801663447e-13,            1.7281533389986098e-14,
     -4.264101694942375e-15,             -5.45371977880191e-16,
     1.58697607761671e-16,               2.0899837844334e-17,
-    -5.900526869409e-18};
+    -5.900526869409e-18,                -9.41893387554e-19,
+    2.14977356470e-19,                  4.6660985008e-20,
+    -7.243011862e-21,                   -2.387966824e-21,
+    1.91177535e-22,                     1.20482568e-22,
+    -6.72377e-25,                       -5.747997e-24,
+    -4.28493e-25,                       2.44856e-25,
+    4.3793e-26,                         -8.151e-27,
+    -3.089e-27,                         9.3e-29,
+    1.74e-28,                           1.6e-29,
+    -8.0e-30,                           -2.0e-30};
 
 // Gauss-Legendre half tables on [-1, 1]: the negative abscissae of the 6-,
 // 12- and 20-point rules with their weights; the rules are symmetric.
@@ -60,7 +71,7 @@ double mvphi(double z) {
         double bm = 0.0;
         double b = 0.0;
         double bp = 0.0;
-        for (int i = 24; i >= 0; --i) {
+        for (int i = kMvphiUsed; i >= 0; --i) {
             bp = b;
             b = bm;
             bm = t * b - bp + kMvphiA[i];
@@ -129,7 +140,7 @@ double mvbvu(double sh, double sk, double r) {
             bvn += a * w[i] *
                    (std::exp(-bs / (2.0 * xs) - hk / (1.0 + rs)) / rs -
                     std::exp(-(bs / xs + hk) / 2.0) * (1.0 + c * xs * (1.0 + d * xs)));
-            xs = as * (1.0 - x[i]) * (1.0 - x[i]) / 4.0;
+            xs = as * ((1.0 - x[i]) * (1.0 - x[i])) / 4.0;
             rs = std::sqrt(1.0 - xs);
             bvn += a * w[i] * std::exp(-(bs / xs + hk) / 2.0) *
                    (std::exp(-hk * (1.0 - rs) / (2.0 * (1.0 + rs))) / rs -

@@ -123,7 +123,7 @@ double ppchi2(double p, double v) {
         const double x = ppnd16(p);
         const double p1 = 0.222222 / v;
         const double w = x * std::sqrt(p1) + 1.0 - p1;
-        ch = v * w * w * w;
+        ch = v * (w * w * w);
         if (ch > 2.2 * v + 6.0) ch = -2.0 * (std::log(1.0 - p) - c * std::log(0.5 * ch) + g);
     }
 

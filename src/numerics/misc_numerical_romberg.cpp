@@ -11,7 +11,11 @@ double RombergIteration(double a, double b, double (*f)(double, std::vector<doub
     const unsigned maxLevel = 15;
     double R[maxLevel + 1][maxLevel + 1];
     const double w = b - a;
-    R[0][0] = (f(a, params) + f(b, params)) * w / 2.0;
+    // f(a) is evaluated before f(b), so an integrand that counts or records
+    // its calls sees them in a fixed order.
+    const double fa = f(a, params);
+    const double fb = f(b, params);
+    R[0][0] = (fa + fb) * w / 2.0;
 
     unsigned n = 1;
     for (;; ++n) {

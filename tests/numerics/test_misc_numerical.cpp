@@ -164,14 +164,28 @@ TEST(Cpoly, ScalingByAPowerOfTwoLeavesTheZeros) {
 }
 
 TEST(Cpoly, RefusesPolynomialsOutsideItsContract) {
-    Vec zr, zi;
+    Vec zr = {7}, zi = {7};
     expectThrows([&] { cpoly({0, 1, 2}, {0, 3, 4}, &zr, &zi); }, "misc_numerical",
                  "Leading coefficient must not be zero.");
+    // The zero slots are sized and cleared before the refusal.
+    EXPECT_EQ(zr, Vec({0, 0}));
+    EXPECT_EQ(zi, Vec({0, 0}));
     // The leading coefficient is looked at before the zeros at the origin.
     expectThrows([&] { cpoly({0, 1, 0}, {0, 0, 0}, &zr, &zi); }, "misc_numerical",
                  "Leading coefficient must not be zero.");
     expectThrows([&] { cpoly({3}, {0}, &zr, &zi); }, "misc_numerical", "");
     expectThrows([&] { cpoly({1, 2}, {0}, &zr, &zi); }, "misc_numerical", "");
+}
+
+TEST(Cpoly, CoefficientsThatAreNoNumbersEndInFailure) {
+    // A NaN or infinite coefficient must neither hang the Cauchy bound nor
+    // overflow the scaling exponent; the shifts then find nothing.
+    const double nan = NAN, inf = INFINITY;
+    const Vec cases[] = {{1, nan, 2}, {nan, 1, 1}, {1, 2, nan}, {1, inf, 2}, {inf, 1, 2}, {1, -3, inf}};
+    for (const Vec& c : cases) {
+        Vec zr, zi;
+        expectThrows([&] { cpoly(c, {0, 0, 0}, &zr, &zi); }, "misc_numerical", "cpoly failed.");
+    }
 }
 
 TEST(Cpoly, ComplexHelpersAvoidOverflow) {
@@ -199,6 +213,11 @@ double identity(double x, Vec) {
     ++evaluations;
     return x;
 }
+Vec visited;
+double recordX(double x, Vec) {
+    visited.push_back(x);
+    return std::exp(x);
+}
 double scaledSquare(double x, Vec params) { return params.at(0) * x * x + params.at(1); }
 double expFcn(double x, Vec) { return std::exp(x); }
 double sinFcn(double x, Vec) { return std::sin(x); }
@@ -212,6 +231,13 @@ TEST(RombergIteration, ConstantStopsAtTheFirstLevel) {
     evaluations = 0;
     EXPECT_EQ(RombergIteration(0, 1, constantFive, {}, 1e-4), 5.0);
     EXPECT_EQ(evaluations, 3u);
+}
+
+TEST(RombergIteration, VisitsTheEndsThenEachLevelFromTheTopDown) {
+    visited.clear();
+    RombergIteration(0, 8, recordX, {}, 1e-300);
+    ASSERT_GE(visited.size(), 9u);
+    EXPECT_EQ(Vec(visited.begin(), visited.begin() + 9), Vec({0, 8, 4, 6, 2, 7, 5, 3, 1}));
 }
 
 TEST(RombergIteration, ZeroDiagonalRunsAllFifteenLevels) {
