@@ -82,6 +82,8 @@ ARIMA& ARIMA::operator=(const ARIMA& other) {
 
 ARIMA::~ARIMA() { delete rng; }
 
+// The six model fields; the method text is kept, so a file without a method
+// key leaves the earlier one in place.
 void ARIMA::resetModel() {
     ar.clear();
     ma.clear();
@@ -89,7 +91,6 @@ void ARIMA::resetModel() {
     mean = 0.0;
     intercept = 0.0;
     variance = 1.0;
-    method.clear();
 }
 
 std::vector<double> ARIMA::getARCoefficients() const { return ar; }

@@ -149,7 +149,7 @@ TEST(ARIMA, MomentsAreThoseOfTheNormalMarginal) {
     EXPECT_NEAR(moments[2], 4.0 + 4.0 / 3.0, 1e-12);
     EXPECT_EQ(m.getMoments(1, 9).size(), 8u);  // the normal record has eight moments
     EXPECT_EQ(m.getMoments(3, 2).size(), 0u);
-    // With sum phi = 1 the intercept is left out of the mean.
+    // The intercept enters the mean as intercept/(1 - sum phi).
     EXPECT_DOUBLE_EQ(model({0.5}, {}, 1.0, 0.0, 3.0, 1.0).compute_mean_and_variance().first, 5.0);
     EXPECT_EQ(arimaMessage([] { model({0.5, 0.5}, {}, 1.0, 0.0, 3.0, 7.0).compute_mean_and_variance(); }),
               "misc_linalg: Singular matrix.");
@@ -243,6 +243,25 @@ TEST(ARIMA, GeneratorFollowsTheWarmStartAndTheStateUpdateExactly) {
     ARIMA twin(m);
     twin.initRandomNumberGeneration(2024);
     for (int t = 0; t < 5; ++t) EXPECT_EQ(m.getNextRandomVariate(), twin.getNextRandomVariate());
+}
+
+TEST(ARIMA, GeneratorLeavesTheInterceptOutWhenTheARSumIsOne) {
+    // Prepared as white noise, so the AR state stays empty and each value is
+    // one innovation plus the process mean of the current coefficients.
+    const struct {
+        std::vector<double> ar;
+        double mu;
+    } cases[] = {
+        {{0.5, 0.5}, 3.0},  // sum 1: mean alone, no division by zero
+        {{0.5}, 3.0 + 7.0 / 0.5},
+    };
+    for (const auto& c : cases) {
+        ARIMA m = model({}, {}, 1.0, 0.0, 3.0, 7.0);
+        m.initRandomNumberGeneration(11);
+        m.setARCoefficients(c.ar);
+        Rand reference(11);
+        for (int t = 0; t < 3; ++t) EXPECT_EQ(m.getNextRandomVariate(), reference.normal(0, 1.0) + c.mu);
+    }
 }
 
 TEST(ARIMA, LongerCoefficientListsAfterPreparationUseTheOldState) {

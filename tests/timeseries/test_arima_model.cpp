@@ -74,6 +74,20 @@ TEST(ARIMA, KeyValueFileReadsCoefficientsAndOnlyDFromTheOrder) {
     EXPECT_EQ(m.getIntercept(), 0.5);
 }
 
+TEST(ARIMA, LoadResetsTheSixModelFieldsButKeepsTheMethod) {
+    ARIMA m({0.5}, {0.3}, 0.0, 2.0, 3.0, 0.25, "fit");
+    const std::string kv = writeFile("arima_reset.conf", "ma = 0.1\n");
+    m.load(kv, FORMAT_CONFIG);
+    EXPECT_EQ(m.toString(FORMAT_CONFIG),
+              "model = f-arima\nclass = ma\norder = 0 0 1\n\nma = 0.1 \nmean = 0\nintercept = 0\n"
+              "method = fit\nvariance = 1\n");
+    ARIMA x({0.5}, {0.3}, 0.4, 2.0, 3.0, 0.25, "fit");
+    x.load(writeFile("arima_reset.xml", "<velmora><arima><ar>0.2</ar></arima></velmora>"), FORMAT_XML);
+    EXPECT_EQ(x.toString(FORMAT_CONFIG),
+              "model = f-arima\nclass = ar\norder = 1 0 0\nar = 0.2 \nmean = 0\nintercept = 0\n"
+              "method = fit\nvariance = 1\n");
+}
+
 TEST(ARIMA, BrokenModelFilesAreRefused) {
     struct Case {
         const char* text;
