@@ -26,7 +26,8 @@ Trace* Process::simulate(int stop, unsigned observations, double time, unsigned 
         trace->appendElement(x);
         ++count;
         sum += x;
-        if (count % checkPeriod == 0 && (stop == 2 || count >= observations)) {
+        bool onlyTimeGoesOn = (stop == 2 || (stop == 0 && count >= observations)) && time > sum;
+        if (count % checkPeriod == 0 && onlyTimeGoesOn) {
             if (!(sum > sumAtLastCheck))
                 throw Exception("process", __LINE__, "The generated values do not reach the time limit.");
             sumAtLastCheck = sum;

@@ -140,9 +140,11 @@ Distribution Trace::computeDistribution(double lower, double upper, double width
     unsigned b = 0;
     // A ratio that is no number (zero width over an empty range, infinite
     // bounds) gives no bins; a negative or zero width over a real range, or
-    // more bins than a counter list can hold, is refused.
+    // more than ten million bins (three curves of that many points fill
+    // half a gigabyte), is refused.
+    const double maxBins = 1e7;
     if (!std::isnan(ratio)) {
-        if (!(ratio >= 0.0) || ratio > static_cast<double>(std::numeric_limits<unsigned>::max() - 2))
+        if (!(ratio >= 0.0) || ratio > maxBins)
             throw Exception("trace", __LINE__, "Invalid bin width.");
         b = static_cast<unsigned>(ratio);
     }

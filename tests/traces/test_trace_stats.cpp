@@ -201,6 +201,7 @@ TEST(TraceStatistics, DistributionGridIsAnchoredAtMultiplesOfTheWidth) {
 
     EXPECT_EQ(failureOf([&] { trace.computeDistribution(0, 1, 0); }), "trace: Invalid bin width.");
     EXPECT_EQ(failureOf([&] { trace.computeDistribution(0, 1, -0.5); }), "trace: Invalid bin width.");
+    EXPECT_EQ(failureOf([&] { trace.computeDistribution(0, 1e8); }), "trace: Invalid bin width.");
     // A constant trace spans no range: no bins, and no failure.
     Trace constant(std::vector<double>(4, 3.0));
     EXPECT_EQ(constant.computeDistribution(3, 3, 0).cdf.size(), 1u);
