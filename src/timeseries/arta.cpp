@@ -1,0 +1,280 @@
+// The ARTA process class: construction, the key-value and XML text forms,
+// the summary, the marginal operations and the generator. The
+// autocorrelation mapping and its integration live in arta_integral.cpp.
+#include "timeseries/arta.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
+#include "distributions/dist.h"
+#include "distributions/dist_load.h"
+#include "numerics/matrix.h"
+#include "timeseries/arima.h"
+
+namespace velmora {
+
+namespace {
+
+std::vector<double> parseList(const std::string& text) {
+    std::vector<double> values;
+    for (const std::string& part : splitString(text, ' ')) values.push_back(toDouble(part));
+    return values;
+}
+
+void writeList(std::ostream& out, const std::vector<double>& values) {
+    for (double v : values) out << v << " ";
+}
+
+}  // namespace
+
+ARTA::ARTA(std::string file, format f) : base(new ARIMA()), marginal(nullptr) {
+    type = PROCESS_ARTA;
+    typeName = "ARTA";
+    load(file, f);
+}
+
+ARTA::ARTA(Config* config) : base(new ARIMA()), marginal(nullptr) {
+    type = PROCESS_ARTA;
+    typeName = "ARTA";
+    load(config);
+}
+
+ARTA::ARTA(XMLConfig* document) : base(new ARIMA()), marginal(nullptr) {
+    type = PROCESS_ARTA;
+    typeName = "ARTA";
+    load(document);
+}
+
+ARTA::ARTA(Dist* marginal, std::vector<double> ar, double mean, double stddev)
+    : ARTA(marginal, std::move(ar), std::vector<double>(), mean, stddev) {}
+
+ARTA::ARTA(Dist* marginal, std::vector<double> ar, std::vector<double> ma, double mean, double stddev)
+    : base(nullptr), marginal(marginal) {
+    type = PROCESS_ARTA;
+    typeName = "ARTA";
+    base = new ARIMA(std::move(ar), std::move(ma), 0.0, mean, stddev * stddev, 0.0, "unknown");
+    normaliseBase();
+}
+
+ARTA::~ARTA() {
+    delete base;
+    delete marginal;
+}
+
+void ARTA::resetParts() {
+    delete marginal;
+    marginal = nullptr;
+    ARIMA* fresh = new ARIMA();
+    delete base;
+    base = fresh;
+}
+
+void ARTA::normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
+
+// Everything that needs the marginal reports a missing one (a key-value
+// model without "distribution") with this message instead of failing on a
+// null pointer.
+Dist* ARTA::requireMarginal() const {
+    if (marginal == nullptr) throw Exception("arta", __LINE__, "No marginal distribution.");
+    return marginal;
+}
+
+ARIMA* ARTA::getBaseProcess() { return base; }
+Dist* ARTA::getDistribution() { return marginal; }
+
+std::vector<unsigned> ARTA::getOrder() const {
+    return {static_cast<unsigned>(base->getARCoefficients().size()),
+            static_cast<unsigned>(base->getMACoefficients().size())};
+}
+
+std::string ARTA::getProcessDescription() {
+    const std::vector<unsigned> order = getOrder();
+    std::ostringstream out;
+    out << typeName << "(" << order[0];
+    if (order[1] != 0) out << "," << order[1];
+    out << ")";
+    return out.str();
+}
+
+void ARTA::load(std::string file, format f) {
+    if (f == FORMAT_CONFIG) {
+        Config config(file);
+        load(&config);
+    } else if (f == FORMAT_XML) {
+        XMLConfig document(file);
+        load(&document);
+    } else {
+        throw Exception("arta", __LINE__, "Format not supported!");
+    }
+}
+
+void ARTA::save(std::string file, format f) {
+    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
+    if (!out.is_open()) throw Exception("arta", __LINE__, "Cannot open file.");
+    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>\n<velmora>\n";
+    out << toString(f);
+    if (f == FORMAT_XML) out << "</velmora>\n";
+}
+
+void ARTA::load(Config* config) {
+    resetParts();
+    marginal = loadDistribution(config);
+    if (config->existsKey("model") && config->getValue("model") != "arta")
+        throw Exception("arta", __LINE__, "Not an ARTA model.");
+    // Unlike the ARIMA reader, a single 0 is one coefficient of value 0.
+    if (config->existsKey("ar")) base->setARCoefficients(parseList(config->getValue("ar")));
+    if (config->existsKey("ma")) base->setMACoefficients(parseList(config->getValue("ma")));
+    if (config->existsKey("ar_mean")) base->setMean(config->getValueAsDouble("ar_mean"));
+    if (config->existsKey("ar_variance")) base->setVariance(config->getValueAsDouble("ar_variance"));
+    normaliseBase();
+}
+
+void ARTA::load(XMLConfig* document) {
+    resetParts();
+    XMLElement* root = document->getDocumentRoot();
+    XMLElement* element = (root != nullptr && root->getTag() == "velmora") ? root->getChildElement("arta") : nullptr;
+    if (element == nullptr) throw Exception("arta", __LINE__, "Not an ARTA model.");
+    load(element);
+}
+
+void ARTA::load(XMLElement* element) {
+    resetParts();
+    if (element == nullptr || element->getTag() != "arta") throw Exception("arta", __LINE__, "Not an ARTA model.");
+    XMLElement* arima = element->getChildElement("arima");
+    if (arima == nullptr) throw Exception("arta", __LINE__, "Invalid ARTA model.");
+    base->load(arima);
+    XMLElement* dist = element->getChildElement("dist");
+    if (dist == nullptr) throw Exception("arta", __LINE__, "Invalid ARTA model.");
+    marginal = loadDistribution(dist);
+    normaliseBase();
+}
+
+std::string ARTA::toString(format f) {
+    std::ostringstream out;
+    if (f == FORMAT_CONFIG) {
+        const std::vector<unsigned> order = getOrder();
+        out << "model = arta\n";
+        out << "class = ARTA\n";
+        out << requireMarginal()->toString(FORMAT_CONFIG) << "\n";
+        out << "order = " << static_cast<double>(order[0]) << ", " << static_cast<double>(order[1]) << "\n";
+        out << "ar = ";
+        writeList(out, base->getARCoefficients());
+        if (order[1] > 0) {
+            out << "\nma = ";
+            writeList(out, base->getMACoefficients());
+        }
+        out << "\nar_mean = " << base->getMean() << "\n";
+        out << "ar_variance = " << base->getVariance() << "\n";
+    } else if (f == FORMAT_XML) {
+        out << "<arta>\n";
+        out << base->toString(FORMAT_XML);
+        out << requireMarginal()->toString(FORMAT_XML);
+        out << "</arta>\n";
+    } else {
+        throw Exception("arta", __LINE__, "Output format not supported for ARTA models.");
+    }
+    return out.str();
+}
+
+std::string ARTA::getSummary() { return getSummary(0, 0, 5); }
+
+std::string ARTA::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
+    Dist* d = requireMarginal();
+    const DistStats stats = d->getProperties(0);
+    const std::string baseSummary = base->getSummary(moments, jointMoments, lags);
+    const std::string marginalText = d->toString(FORMAT_CONFIG);
+    std::ostringstream out;
+    out << "ARTA statistics:\n";
+    out << "========================\n";
+    out << "Marginal Distribution:\n";
+    out << "----------------------\n";
+    out << marginalText;
+    out << "mean: " << stats.mean << "\n";
+    out << "variance: " << stats.variance << "\n";
+    out << "\n";
+    out << "Base Process:\n";
+    out << "----------------\n";
+    out << baseSummary << "\n";
+    out << "\n";
+    out << "ARTA Autocorrelation:\n";
+    out << "---------------------\n";
+    const std::vector<double> rho = getAutocorrelations(0, lags);
+    for (std::size_t i = 0; i < rho.size(); ++i) out << "Autocorrelation at lag " << i << ": " << rho[i] << "\n";
+    return out.str();
+}
+
+std::vector<double> ARTA::getMoments(unsigned from, unsigned to) const {
+    const std::vector<double> moments = requireMarginal()->getProperties(to).moments;
+    std::vector<double> result;
+    if (from == 0) {
+        result.push_back(1.0);
+        from = 1;
+    }
+    for (unsigned i = from; i <= to; ++i)
+        if (moments.size() >= i) result.push_back(moments[i - 1]);
+    return result;
+}
+
+Matrix ARTA::getJointMoments(unsigned from, unsigned to) const {
+    Dist* d = requireMarginal();
+    if (from > to) throw Exception("arta", __LINE__, "Invalid range of joint moments.");
+    const double rho1 = base->getAutocorrelation(1);
+    const unsigned n = to - from + 1;
+    Matrix result(n, n);
+    for (unsigned i = from; i <= to; ++i)
+        for (unsigned j = from; j <= to; ++j)
+            result(i - from, j - from) = arta_process_compute_autocorrelation_joint_moments(d, rho1, i, j);
+    return result;
+}
+
+std::vector<double> ARTA::getAutocorrelations(unsigned from, unsigned to) const {
+    Dist* d = requireMarginal();
+    const unsigned first = from == 0 ? 1 : from;
+    std::vector<double> result = arta_process_compute_autocorrelations(d, base->getAutocorrelations(first, to));
+    if (from == 0) result.insert(result.begin(), 1.0);
+    return result;
+}
+
+Distribution ARTA::computeDistribution(double lower, double upper) {
+    Dist* d = requireMarginal();
+    if (lower > upper) throw Exception("arta", __LINE__, "Invalid range for distribution.");
+    if (d->getType() == DIST_EXPONENTIAL && lower <= 0) lower = 0.0001;
+    Distribution result;
+    const double step = (upper - lower) / 100;
+    // The walk also ends once adding the step no longer moves x: one point
+    // for lower = upper, and no endless walk for a step lost in rounding. A
+    // NaN bound fails the test x <= upper at once.
+    double x = lower;
+    while (x <= upper) {
+        result.cdf.emplace_back(x, evalCDF(x));
+        result.ccdf.emplace_back(x, evalCCDF(x));
+        result.pdf.emplace_back(x, evalPDF(x));
+        const double next = x + step;
+        if (!(next > x)) break;
+        x = next;
+    }
+    return result;
+}
+
+double ARTA::evalCDF(double x) { return requireMarginal()->evalCDF(x); }
+double ARTA::evalCCDF(double x) { return requireMarginal()->evalCCDF(x); }
+double ARTA::evalPDF(double x) { return requireMarginal()->evalPDF(x); }
+
+double ARTA::computeLikelihood(Trace*) { throw Exception("arta", __LINE__, "Not implemented."); }
+
+void ARTA::initRandomNumberGeneration(unsigned seed) {
+    rngInitialized = true;
+    base->initRandomNumberGeneration(seed);
+}
+
+double ARTA::getNextRandomVariate() {
+    if (!rngInitialized) throw Exception("arta", __LINE__, "Initialize Random Number Generation first.");
+    const double z = base->getNextRandomVariate();
+    const double u = Normal::normal_cdf(z, 0, 1);
+    return requireMarginal()->evalInverseCDF(u);
+}
+
+}  // namespace velmora

@@ -1,0 +1,116 @@
+// The autoregressive-to-anything process: an ARMA base process held at unit
+// process variance, each value z carried through the standard normal
+// distribution function and the marginal's inverse distribution function.
+// The marginal statistics are those of the marginal; the autocorrelations of
+// the transformed process come from a double integral over the bivariate
+// normal density of two base values.
+#ifndef VELMORA_TIMESERIES_ARTA_H
+#define VELMORA_TIMESERIES_ARTA_H
+
+#include <string>
+#include <vector>
+
+#include "core/process.h"
+
+namespace velmora {
+
+class ARIMA;
+class Config;
+class Dist;
+class Matrix;
+class Trace;
+class XMLConfig;
+class XMLElement;
+
+class ARTA : public Process {
+public:
+    ARTA(std::string file, format f);
+    explicit ARTA(Config* config);
+    explicit ARTA(XMLConfig* document);
+    // Both take ownership of marginal; the base process is normalised, so
+    // stddev has no effect on the process variance, while mean stays.
+    ARTA(Dist* marginal, std::vector<double> ar, double mean, double stddev);
+    ARTA(Dist* marginal, std::vector<double> ar, std::vector<double> ma, double mean, double stddev);
+    // The marginal can't be copied through its base class, so neither can
+    // the process.
+    ARTA(const ARTA&) = delete;
+    ARTA& operator=(const ARTA&) = delete;
+    ~ARTA() override;
+
+    std::string getProcessDescription() override;
+    void load(std::string file, format f) override;
+    void save(std::string file, format f) override;
+    std::string toString(format f) override;
+    std::string getSummary() override;
+    // Only `lags` is looked at here; all three go to the base summary.
+    std::string getSummary(unsigned moments, unsigned jointMoments, unsigned lags) override;
+    std::vector<double> getMoments(unsigned from, unsigned to) const override;
+    // Joint moments of neighbouring values, E[X(t)^i X(t+1)^j].
+    Matrix getJointMoments(unsigned from, unsigned to) const override;
+    std::vector<double> getAutocorrelations(unsigned from, unsigned to) const override;
+    Distribution computeDistribution(double lower, double upper) override;
+    double evalCDF(double x) override;
+    double evalCCDF(double x) override;
+    double evalPDF(double x) override;
+    double computeLikelihood(Trace* trace) override;
+    void initRandomNumberGeneration(unsigned seed) override;
+    double getNextRandomVariate() override;
+
+    void load(Config* config);
+    void load(XMLConfig* document);
+    void load(XMLElement* element);
+
+    ARIMA* getBaseProcess();
+    Dist* getDistribution();
+    // p and q of the base process.
+    std::vector<unsigned> getOrder() const;
+
+private:
+    // Drops the marginal and puts a default ARIMA in place of the base.
+    void resetParts();
+    // Divides the white-noise variance by gamma(0), giving process variance 1.
+    void normaliseBase();
+    // The marginal, or an exception when none has been loaded.
+    Dist* requireMarginal() const;
+
+    ARIMA* base;
+    Dist* marginal;
+};
+
+// Autocorrelations of the transformed process for the base autocorrelations
+// rho: unchanged for a normal marginal, 2 sin(rho pi/6) for a uniform one,
+// and (E[X1 X2] - mean^2)/variance by numerical integration for all others,
+// with |rho| <= 0.001 mapped to exactly 0 after the integration.
+std::vector<double> arta_process_compute_autocorrelations(Dist* d, std::vector<double> rho);
+
+// E[X1^k X2^l] for X = F^-1(Phi(Z)) of a standard bivariate normal pair with
+// correlation rho: a Romberg integral inside a Romberg integral over
+// [-10, 10]^2, tolerance 0.0001 on each level. The transformed values
+// F^-1(Phi(z))^k and ^l are computed once per node of the dyadic grid that
+// the Romberg levels share, which leaves every sum unchanged.
+double arta_process_compute_autocorrelation_joint_moments(Dist* d, double rho, unsigned k, unsigned l);
+
+// The same integral with both transformed values computed anew at every
+// (outer, inner) pair; slower, and equal to the cached form.
+double arta_process_compute_autocorrelation_joint_moments_direct(Dist* d, double rho, unsigned k, unsigned l);
+
+// The integrands of the direct form: the outer one stores its variable and
+// integrates the inner one, which evaluates the double integrand at
+// (inner, stored outer).
+double arta_process_compute_autocorrelation_outer_integral(double x, std::vector<double> params);
+double arta_process_compute_autocorrelation_inner_integral(double y, std::vector<double> params);
+// F^-1(Phi(a))^k F^-1(Phi(b))^l phi2(a, b; rho) with the stored marginal,
+// exponents and correlation.
+double arta_process_compute_autocorrelation_double_integral(double a, double b);
+
+// The integration state, one for the whole program: the integrands take no
+// context argument, so only one joint moment can be computed at a time.
+extern Dist* arta_process_compute_autocorrelation_double_integral_dist;
+extern double arta_process_compute_autocorrelation_double_integral_acorr;
+extern double arta_process_compute_autocorrelation_double_integral_val;
+extern unsigned arta_process_compute_joint_moments_k;
+extern unsigned arta_process_compute_joint_moments_l;
+
+}  // namespace velmora
+
+#endif

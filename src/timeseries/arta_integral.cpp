@@ -1,0 +1,206 @@
+// The autocorrelation mapping of the ARTA process: from the correlation rho
+// of two standard normal base values to the correlation of their transforms
+// X = F^-1(Phi(Z)). For a normal marginal it is the identity, for a uniform
+// one the closed form 2 sin(rho pi/6); for every other marginal E[X1 X2] is a
+// Romberg integral over [-10, 10] of a Romberg integral over [-10, 10] of
+//   F^-1(Phi(y))^k F^-1(Phi(x))^l phi2(y, x; rho).
+//
+// Romberg's method only ever evaluates its integrand on the dyadic grid
+// -10 + j 20/2^15, j = 0..2^15 (every level halves the step, and at most 15
+// levels are taken). The grid values are exact in binary, so the points of
+// every level hit grid nodes exactly. The cached form keeps F^-1(Phi(z)) and
+// its powers per node and so computes each inverse distribution function
+// once instead of twice per (outer, inner) pair; the products and the
+// Romberg sums are formed in the same order as in the direct form, which
+// makes both bit for bit equal.
+#include <cmath>
+#include <vector>
+
+#include "core/libvelmora_settings.h"
+#include "distributions/dist.h"
+#include "numerics/misc_numerical.h"
+#include "numerics/misc_numerical_dist.h"
+#include "timeseries/arta.h"
+
+namespace velmora {
+
+Dist* arta_process_compute_autocorrelation_double_integral_dist = nullptr;
+double arta_process_compute_autocorrelation_double_integral_acorr = 0.0;
+double arta_process_compute_autocorrelation_double_integral_val = 0.0;
+unsigned arta_process_compute_joint_moments_k = 1;
+unsigned arta_process_compute_joint_moments_l = 1;
+
+namespace {
+
+const double integralLower = -10.0;
+const double integralUpper = 10.0;
+const double integralTolerance = 0.0001;
+
+// The finest grid of the Romberg levels: 2^15 intervals of 5 * 2^-13.
+const unsigned gridIntervals = 1u << 15;
+const double gridStep = (integralUpper - integralLower) / gridIntervals;
+
+// Per-node values of the cached form. An entry is valid when its stamp
+// equals the current epoch: the epoch of the transformed values changes with
+// the marginal, that of the powers with every joint moment (k and l may
+// change), so nothing has to be cleared between computations.
+struct TransformCache {
+    std::vector<double> value;   // F^-1(Phi(z))
+    std::vector<double> powerK;  // value^k
+    std::vector<double> powerL;  // value^l
+    std::vector<unsigned> valueStamp, powerKStamp, powerLStamp;
+    unsigned valueEpoch = 0;
+    unsigned powerEpoch = 0;
+    double outerPowerL = 0.0;  // F^-1(Phi(x))^l at the current outer value
+};
+
+TransformCache arta_process_transform_cache;
+
+void ensureCacheStorage() {
+    TransformCache& c = arta_process_transform_cache;
+    if (c.value.size() == gridIntervals + 1) return;
+    c.value.assign(gridIntervals + 1, 0.0);
+    c.powerK.assign(gridIntervals + 1, 0.0);
+    c.powerL.assign(gridIntervals + 1, 0.0);
+    c.valueStamp.assign(gridIntervals + 1, 0);
+    c.powerKStamp.assign(gridIntervals + 1, 0);
+    c.powerLStamp.assign(gridIntervals + 1, 0);
+}
+
+// Epoch 0 marks "never computed"; at wrap-around the stamps are cleared.
+void nextEpoch(unsigned* epoch, std::vector<unsigned>* stampsA, std::vector<unsigned>* stampsB) {
+    if (++*epoch == 0) {
+        stampsA->assign(stampsA->size(), 0);
+        if (stampsB != nullptr) stampsB->assign(stampsB->size(), 0);
+        *epoch = 1;
+    }
+}
+
+void beginMarginal() {
+    ensureCacheStorage();
+    TransformCache& c = arta_process_transform_cache;
+    nextEpoch(&c.valueEpoch, &c.valueStamp, nullptr);
+}
+
+void beginExponents() {
+    TransformCache& c = arta_process_transform_cache;
+    nextEpoch(&c.powerEpoch, &c.powerKStamp, &c.powerLStamp);
+}
+
+// The grid node of z, if z is one exactly.
+inline bool gridNode(double z, unsigned* node) {
+    const double r = std::nearbyint((z - integralLower) / gridStep);
+    if (!(r >= 0.0 && r <= static_cast<double>(gridIntervals))) return false;
+    const unsigned j = static_cast<unsigned>(r);
+    if (integralLower + j * gridStep != z) return false;
+    *node = j;
+    return true;
+}
+
+inline double transformed(double z) {
+    return arta_process_compute_autocorrelation_double_integral_dist->evalInverseCDF(as::alnorm(z, false));
+}
+
+// transformed(z)^exponent, from the cache where z is a grid node.
+inline double transformedPower(double z, double exponent, std::vector<double>& power,
+                               std::vector<unsigned>& powerStamp) {
+    TransformCache& c = arta_process_transform_cache;
+    unsigned j;
+    if (!gridNode(z, &j)) return std::pow(transformed(z), exponent);
+    if (powerStamp[j] != c.powerEpoch) {
+        if (c.valueStamp[j] != c.valueEpoch) {
+            c.value[j] = transformed(z);
+            c.valueStamp[j] = c.valueEpoch;
+        }
+        power[j] = std::pow(c.value[j], exponent);
+        powerStamp[j] = c.powerEpoch;
+    }
+    return power[j];
+}
+
+double innerIntegralCached(double y, std::vector<double>) {
+    TransformCache& c = arta_process_transform_cache;
+    const double k = static_cast<double>(arta_process_compute_joint_moments_k);
+    // Same factors, same order as the direct double integrand.
+    return transformedPower(y, k, c.powerK, c.powerKStamp) * c.outerPowerL *
+           Normal::standard_bivariate_normal_pdf(y, arta_process_compute_autocorrelation_double_integral_val,
+                                                 arta_process_compute_autocorrelation_double_integral_acorr);
+}
+
+double outerIntegralCached(double x, std::vector<double> params) {
+    TransformCache& c = arta_process_transform_cache;
+    arta_process_compute_autocorrelation_double_integral_val = x;
+    const double l = static_cast<double>(arta_process_compute_joint_moments_l);
+    c.outerPowerL = transformedPower(x, l, c.powerL, c.powerLStamp);
+    return RombergIteration(integralLower, integralUpper, innerIntegralCached, params, integralTolerance);
+}
+
+void storeState(Dist* d, double rho, unsigned k, unsigned l) {
+    if (d == nullptr) throw Exception("arta", __LINE__, "No marginal distribution.");
+    arta_process_compute_autocorrelation_double_integral_dist = d;
+    arta_process_compute_autocorrelation_double_integral_acorr = rho;
+    arta_process_compute_joint_moments_k = k;
+    arta_process_compute_joint_moments_l = l;
+}
+
+// The cached joint moment with the transformed values of the current
+// marginal epoch; the caller has started it for d.
+double jointMomentsCached(Dist* d, double rho, unsigned k, unsigned l) {
+    storeState(d, rho, k, l);
+    beginExponents();
+    return RombergIteration(integralLower, integralUpper, outerIntegralCached, std::vector<double>(),
+                            integralTolerance);
+}
+
+}  // namespace
+
+double arta_process_compute_autocorrelation_double_integral(double a, double b) {
+    const double k = static_cast<double>(arta_process_compute_joint_moments_k);
+    const double l = static_cast<double>(arta_process_compute_joint_moments_l);
+    return std::pow(transformed(a), k) * std::pow(transformed(b), l) *
+           Normal::standard_bivariate_normal_pdf(a, b, arta_process_compute_autocorrelation_double_integral_acorr);
+}
+
+double arta_process_compute_autocorrelation_inner_integral(double y, std::vector<double>) {
+    return arta_process_compute_autocorrelation_double_integral(y,
+                                                                arta_process_compute_autocorrelation_double_integral_val);
+}
+
+double arta_process_compute_autocorrelation_outer_integral(double x, std::vector<double> params) {
+    arta_process_compute_autocorrelation_double_integral_val = x;
+    return RombergIteration(integralLower, integralUpper, arta_process_compute_autocorrelation_inner_integral, params,
+                            integralTolerance);
+}
+
+double arta_process_compute_autocorrelation_joint_moments_direct(Dist* d, double rho, unsigned k, unsigned l) {
+    storeState(d, rho, k, l);
+    return RombergIteration(integralLower, integralUpper, arta_process_compute_autocorrelation_outer_integral,
+                            std::vector<double>(), integralTolerance);
+}
+
+double arta_process_compute_autocorrelation_joint_moments(Dist* d, double rho, unsigned k, unsigned l) {
+    beginMarginal();
+    return jointMomentsCached(d, rho, k, l);
+}
+
+std::vector<double> arta_process_compute_autocorrelations(Dist* d, std::vector<double> rho) {
+    if (d == nullptr) throw Exception("arta", __LINE__, "No marginal distribution.");
+    const dist_type t = d->getType();
+    if (t == DIST_NORMAL) return rho;
+    if (t == DIST_UNIFORM) {
+        for (double& r : rho) r = 2 * std::sin(r * 0.5235987755982988);
+        return rho;
+    }
+    const DistStats stats = d->getProperties(0);
+    // One marginal for all lags: the transformed values are shared by them.
+    beginMarginal();
+    std::vector<double> result(rho.size());
+    for (std::size_t i = 0; i < rho.size(); ++i)
+        result[i] = (jointMomentsCached(d, rho[i], 1, 1) - stats.mean * stats.mean) / stats.variance;
+    // Applied after the integration, whatever it gave.
+    for (std::size_t i = 0; i < rho.size(); ++i)
+        if (std::fabs(rho[i]) <= 0.001) result[i] = 0.0;
+    return result;
+}
+
+}  // namespace velmora
