@@ -3,6 +3,8 @@
 #define VELMORA_DISTRIBUTIONS_DIST_ERLANG_H
 
 #include "distributions/dist.h"
+// The phase-type form is returned by value: its class comes along.
+#include "markov/cph.h"
 
 namespace velmora {
 

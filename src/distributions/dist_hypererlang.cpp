@@ -110,7 +110,8 @@ CPH HyperErlang::asCPH() {
 std::vector<std::pair<double, Erlang*>> HyperErlang::getErlangDists() {
     std::vector<std::pair<double, Erlang*>> result;
     try {
-        for (size_t i = 0; i < rates.size(); i++) result.emplace_back(probabilities[i], new Erlang(phases[i], rates[i]));
+        for (size_t i = 0; i < rates.size(); i++)
+            result.emplace_back(probabilities[i], new Erlang(phases[i], rates[i]));
     } catch (...) {
         for (auto& branch : result) delete branch.second;
         throw;

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "distributions/dist.h"
+// The phase-type form is returned by value: its class comes along.
+#include "markov/cph.h"
 
 namespace velmora {
 
@@ -62,8 +64,7 @@ public:
                                    const std::vector<double>& probabilities);
     // Throws "Not implemented.".
     static double hyper_erlang_inverse_cdf(double p, const std::vector<unsigned>& phases,
-                                           const std::vector<double>& rates,
-                                           const std::vector<double>& probabilities);
+                                           const std::vector<double>& rates, const std::vector<double>& probabilities);
     static double hyper_erlang_ccdf(double x, const std::vector<unsigned>& phases, const std::vector<double>& rates,
                                     const std::vector<double>& probabilities);
     // Mean, variance, cv and the raw moments; skewness and kurtosis are not

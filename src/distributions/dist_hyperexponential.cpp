@@ -51,7 +51,8 @@ DistStats HyperExponential::getProperties(unsigned) { throw Exception("dist", __
 
 void HyperExponential::paramCheck() { checkParameters(rates, probabilities); }
 
-bool HyperExponential::hyper_exponential_check_params(const std::vector<double>& rates, const std::vector<double>& probabilities) {
+bool HyperExponential::hyper_exponential_check_params(const std::vector<double>& rates,
+                                                      const std::vector<double>& probabilities) {
     if (rates.size() != probabilities.size()) return false;
     double sum = 0;
     for (size_t i = 0; i < rates.size(); i++) {
@@ -61,7 +62,8 @@ bool HyperExponential::hyper_exponential_check_params(const std::vector<double>&
     return std::fabs(sum - 1) <= 0.005;
 }
 
-double HyperExponential::hyper_exponential_pdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities) {
+double HyperExponential::hyper_exponential_pdf(double x, const std::vector<double>& rates,
+                                               const std::vector<double>& probabilities) {
     checkParameters(rates, probabilities);
     if (x < 0) return 0;
     double sum = 0;
@@ -69,7 +71,8 @@ double HyperExponential::hyper_exponential_pdf(double x, const std::vector<doubl
     return sum;
 }
 
-double HyperExponential::hyper_exponential_cdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities) {
+double HyperExponential::hyper_exponential_cdf(double x, const std::vector<double>& rates,
+                                               const std::vector<double>& probabilities) {
     checkParameters(rates, probabilities);
     if (x < 0) return 0;
     double sum = 0;

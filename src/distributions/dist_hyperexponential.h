@@ -35,10 +35,14 @@ public:
 
     // Equal lengths, no negative element, and probabilities summing to 1
     // within 0.005.
-    static bool hyper_exponential_check_params(const std::vector<double>& rates, const std::vector<double>& probabilities);
-    static double hyper_exponential_pdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities);
-    static double hyper_exponential_cdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities);
-    static double hyper_exponential_ccdf(double x, const std::vector<double>& rates, const std::vector<double>& probabilities);
+    static bool hyper_exponential_check_params(const std::vector<double>& rates,
+                                               const std::vector<double>& probabilities);
+    static double hyper_exponential_pdf(double x, const std::vector<double>& rates,
+                                        const std::vector<double>& probabilities);
+    static double hyper_exponential_cdf(double x, const std::vector<double>& rates,
+                                        const std::vector<double>& probabilities);
+    static double hyper_exponential_ccdf(double x, const std::vector<double>& rates,
+                                         const std::vector<double>& probabilities);
 
 private:
     std::vector<double> rates;

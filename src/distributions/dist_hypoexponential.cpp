@@ -49,15 +49,18 @@ DistStats HypoExponential::getProperties(unsigned n) { return hypo_exponential_s
 void HypoExponential::paramCheck() { checkParameters(rates); }
 
 // The series chain of the rates; building it needs no object (and no stream).
+// A series without phases has no phase-type form.
 static CPH seriesCPH(const std::vector<double>& rates) {
     unsigned m = static_cast<unsigned>(rates.size());
+    if (m == 0)
+        throw Exception("dist", __LINE__, "Hypo-Exponential distribution without phases has no phase-type form.");
     Matrix T(m, m);
     for (unsigned i = 0; i < m; i++) {
         T(i, i) = -rates[i];
         if (i + 1 < m) T(i, i + 1) = rates[i];
     }
     Vector tau(m, true);
-    if (m > 0) tau[0] = 1;
+    tau[0] = 1;
     return CPH(T, tau);
 }
 
@@ -106,7 +109,11 @@ DistStats HypoExponential::hypo_exponential_stats(const std::vector<double>& rat
     stats.skewness = 2 * s3 / std::pow(s2, 1.5);
     stats.cv = std::sqrt(s2 / (s1 * s1));
     stats.kurtosis = 0;
-    if (n > 0) stats.moments = seriesCPH(rates).getMoments(1, n);
+    // Without phases the value is always 0, and so is every moment.
+    if (rates.empty())
+        stats.moments.assign(n, 0.0);
+    else if (n > 0)
+        stats.moments = seriesCPH(rates).getMoments(1, n);
     return stats;
 }
 

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "distributions/dist.h"
+// The phase-type form is returned by value: its class comes along.
+#include "markov/cph.h"
 
 namespace velmora {
 

@@ -35,9 +35,16 @@ std::vector<double> doubleList(const std::string& text) {
     return values;
 }
 
-std::vector<unsigned> unsignedList(const std::string& text) {
+// A count of phases. A negative count would wrap to some four billion phases,
+// whose variates take minutes each: it is refused.
+unsigned phaseCount(int count) {
+    if (count < 0) throw Exception("dist", __LINE__, "Negative number of phases.");
+    return static_cast<unsigned>(count);
+}
+
+std::vector<unsigned> phaseList(const std::string& text) {
     std::vector<unsigned> values;
-    for (const std::string& piece : splitString(text, ' ')) values.push_back(static_cast<unsigned>(toInt(piece)));
+    for (const std::string& piece : splitString(text, ' ')) values.push_back(phaseCount(toInt(piece)));
     return values;
 }
 
@@ -95,7 +102,7 @@ Dist* loadHypoExponential(Config* c) {
 
 Dist* loadHyperErlang(Config* c) {
     std::vector<unsigned> phases;
-    if (c->existsKey("phases")) phases = unsignedList(c->getValue("phases"));
+    if (c->existsKey("phases")) phases = phaseList(c->getValue("phases"));
     std::vector<double> rates;
     if (c->existsKey("rates")) rates = doubleList(c->getValue("rates"));
     std::vector<double> probabilities;
@@ -107,8 +114,8 @@ Dist* loadHyperErlang(Config* c) {
         if (std::fabs(sum - 1) > 0.005)
             for (double& p : probabilities) p /= sum;
     }
-    long long branches = c->existsKey("branches") ? c->getValueAsInt("branches")
-                                                  : static_cast<long long>(phases.size());
+    long long branches =
+        c->existsKey("branches") ? c->getValueAsInt("branches") : static_cast<long long>(phases.size());
     if (static_cast<long long>(phases.size()) != branches || static_cast<long long>(rates.size()) != branches ||
         static_cast<long long>(probabilities.size()) != branches)
         throw Exception("dist", __LINE__, "Dimensions for Hyper-Erlang vectors do not match.");
@@ -124,7 +131,7 @@ Dist* loadHyperErlang(XMLElement* family) {
             throw Exception("dist", __LINE__, "Sum of initial probabilities for Hyper-Erlang must equal 1.");
     }
     std::vector<unsigned> phases;
-    if (XMLElement* child = family->getChildElement("phases")) phases = unsignedList(child->getValue());
+    if (XMLElement* child = family->getChildElement("phases")) phases = phaseList(child->getValue());
     std::vector<double> rates;
     if (XMLElement* child = family->getChildElement("rates")) rates = doubleList(child->getValue());
     if (phases.size() != rates.size() || rates.size() != probabilities.size())
@@ -133,9 +140,9 @@ Dist* loadHyperErlang(XMLElement* family) {
 }
 
 // The family elements the XML reader knows, in the order they are looked for.
-const char* const familyTags[] = {"uniformdist", "expodist",        "normaldist",  "lognormaldist",
-                                  "johnsondist", "erlangdist",      "hypererlangdist", "weibulldist",
-                                  "gammadist",   "triangulardist",  "chisquaredist"};
+const char* const familyTags[] = {"uniformdist", "expodist",       "normaldist",      "lognormaldist",
+                                  "johnsondist", "erlangdist",     "hypererlangdist", "weibulldist",
+                                  "gammadist",   "triangulardist", "chisquaredist"};
 
 }  // namespace
 
@@ -156,7 +163,7 @@ Dist* loadDistribution(Config* c) {
             // Keys johnson (SB), gamma, delta, lambda, xi (1 each) once the family exists.
             notAvailable(__LINE__, "johnson");
         case DIST_ERLANG:
-            return new Erlang(static_cast<unsigned>(keyInt(c, "phases", 1)), keyDouble(c, "rate", 1));
+            return new Erlang(phaseCount(keyInt(c, "phases", 1)), keyDouble(c, "rate", 1));
         case DIST_HYPEREXPONENTIAL:
             return loadHyperExponential(c);
         case DIST_HYPOEXPONENTIAL:
@@ -216,8 +223,7 @@ Dist* loadDistribution(XMLElement* e) {
     if (tag == "lognormaldist") return new Lognormal(tagDouble(family, "mu", 0), tagDouble(family, "sigma", 1));
     // Tags type (SB), shape1, shape2, location, scale (1 each) once the family exists.
     if (tag == "johnsondist") notAvailable(__LINE__, "johnson");
-    if (tag == "erlangdist")
-        return new Erlang(static_cast<unsigned>(tagInt(family, "phases", 1)), tagDouble(family, "rate", 1));
+    if (tag == "erlangdist") return new Erlang(phaseCount(tagInt(family, "phases", 1)), tagDouble(family, "rate", 1));
     if (tag == "hypererlangdist") return loadHyperErlang(family);
     if (tag == "weibulldist") return new Weibull(tagDouble(family, "shape", 1), tagDouble(family, "scale", 1));
     if (tag == "gammadist") return new Gamma(tagDouble(family, "shape", 1), tagDouble(family, "scale", 1));

@@ -63,9 +63,7 @@ void expectSame(Dist* read, Dist* expected, const std::string& what) {
 
 }  // namespace
 
-TEST(DistLoad, KeyValueConfigurationWithoutDistributionGivesNull) {
-    EXPECT_EQ(readConfig("rate = 2\n"), nullptr);
-}
+TEST(DistLoad, KeyValueConfigurationWithoutDistributionGivesNull) { EXPECT_EQ(readConfig("rate = 2\n"), nullptr); }
 
 TEST(DistLoad, KeyValueReaderTakesDefaultsUnitsAndListsOfItsFamilyOnly) {
     const ReadCase cases[] = {
@@ -165,8 +163,12 @@ TEST(DistLoad, EveryFaultHasItsMessage) {
          "Invalid parameters for Hyper-Erlang distribution."},
         {"hypererlang lengths", kv("distribution = hypererlang\nphases = 2 1\nrates = 1\nprob = 0.5 0.5\n"),
          hyperErlDims},
-        {"hypererlang branches", kv("distribution = hypererlang\nbranches = 3\nphases = 2 1\nrates = 1 2\nprob = 1 1\n"),
-         hyperErlDims},
+        {"hypererlang branches",
+         kv("distribution = hypererlang\nbranches = 3\nphases = 2 1\nrates = 1 2\nprob = 1 1\n"), hyperErlDims},
+        {"erlang negative phases", kv("distribution = erlang\nphases = -1\n"), "Negative number of phases."},
+        {"hypererlangdist negative phases", xml("<dist><hypererlangdist><prob>1</prob><phases>-2</phases>"
+                                                "<rates>1</rates></hypererlangdist></dist>"),
+         "Negative number of phases."},
         {"erlang rate 0", kv("distribution = erlang\nrate = 0\n"), "Invalid rate for erlang distribution"},
         {"johnson", kv("distribution = johnson\n"), "Distribution family johnson is not available yet."},
         {"geometric", kv("distribution = geometric\np = 0.3\n"), "Distribution family geometric is not available yet."},
@@ -186,8 +188,8 @@ TEST(DistLoad, EveryFaultHasItsMessage) {
          notDist},
         {"element is not dist",
          [] {
-             std::unique_ptr<XMLElement> e(XMLConfig::parseXML("<distribution><expodist></expodist></distribution>",
-                                                               nullptr));
+             std::unique_ptr<XMLElement> e(
+                 XMLConfig::parseXML("<distribution><expodist></expodist></distribution>", nullptr));
              delete loadDistribution(e.get());
          },
          notDist},
@@ -195,11 +197,13 @@ TEST(DistLoad, EveryFaultHasItsMessage) {
         {"written-only family", xml("<dist><betadist><alpha1>2</alpha1></betadist></dist>"), unsupported},
         {"johnson element", xml("<dist><johnsondist><type>SU</type></johnsondist></dist>"),
          "Distribution family johnson is not available yet."},
-        {"hypererlangdist sum", xml("<dist><hypererlangdist><prob>0.4 0.5</prob><phases>1 1</phases>"
-                                    "<rates>1 2</rates></hypererlangdist></dist>"),
+        {"hypererlangdist sum",
+         xml("<dist><hypererlangdist><prob>0.4 0.5</prob><phases>1 1</phases>"
+             "<rates>1 2</rates></hypererlangdist></dist>"),
          hyperErlSum},
-        {"hypererlangdist lengths", xml("<dist><hypererlangdist><prob>0.5 0.5</prob><phases>1</phases>"
-                                        "<rates>1 2</rates></hypererlangdist></dist>"),
+        {"hypererlangdist lengths",
+         xml("<dist><hypererlangdist><prob>0.5 0.5</prob><phases>1</phases>"
+             "<rates>1 2</rates></hypererlangdist></dist>"),
          hyperErlDims},
         {"hypererlangdist empty", xml("<dist><hypererlangdist></hypererlangdist></dist>"),
          "Invalid parameters for Hyper-Erlang distribution."},

@@ -179,7 +179,8 @@ TEST(DistMixture, ParameterChecksAndTheirTolerances) {
         {"hyperexp negative rate", [] { HyperExponential({1, -2}, {0.5, 0.5}); }, hyperExp},
         {"hyperexp negative probability", [] { HyperExponential({1, 2}, {1.5, -0.5}); }, hyperExp},
         {"hyperexp rate 0", [] { HyperExponential({0, 2}, {0.5, 0.5}); }, ""},
-        {"hypoexp negative rate", [] { HypoExponential({1, -1}); }, "Invalid parameters for Hypo-Exponential distribution."},
+        {"hypoexp negative rate", [] { HypoExponential({1, -1}); },
+         "Invalid parameters for Hypo-Exponential distribution."},
         {"hypoexp rate 0", [] { HypoExponential({0, 1}); }, ""},
         {"hypererlang sum off by 0.003", [] { HyperErlang({1, 1}, {1, 2}, {0.5, 0.503}); }, hyperErl},
         {"hypererlang sum off by 5e-6", [] { HyperErlang({1, 1}, {1, 2}, {0.5, 0.500005}); }, ""},
@@ -250,6 +251,15 @@ TEST(DistMixture, EqualRatesMakeTheHypoExponentialDensityDivideByZero) {
     EXPECT_FALSE(std::isfinite(HypoExponential({2, 2}).evalPDF(1)));
 }
 
+TEST(DistMixture, SeriesWithoutPhasesIsZero) {
+    HypoExponential empty({});
+    DistStats s = empty.getProperties(2);
+    EXPECT_EQ(s.mean, 0);
+    EXPECT_EQ(s.moments, (std::vector<double>{0, 0}));
+    EXPECT_EQ(empty.generateVariate(), 0);
+    EXPECT_EQ(failure([&] { empty.asCPH(); }), "Hypo-Exponential distribution without phases has no phase-type form.");
+}
+
 TEST(DistMixture, SortBranchesOrdersByMeanAndKeepsTiesInPlace) {
     // Means 3, 1, 2.
     HyperErlang h({3, 1, 4}, {1, 1, 2}, {0.2, 0.3, 0.5});
@@ -288,7 +298,8 @@ TEST(DistMixture, TextFormsWriteFixedNotationAndTheirOwnKeys) {
     HyperErlang z({2, 1}, {1, 5}, {0.3, 0.7});
     const Case cases[] = {
         {e.toString(FORMAT_CONFIG), "distribution = erlang\nphases = 3\nrate = 2.000000\n"},
-        {e.toString(FORMAT_XML), "<dist>\n<erlangdist>\n<phases>3</phases>\n<rate>2.000000</rate>\n</erlangdist>\n</dist>\n"},
+        {e.toString(FORMAT_XML),
+         "<dist>\n<erlangdist>\n<phases>3</phases>\n<rate>2.000000</rate>\n</erlangdist>\n</dist>\n"},
         {x.toString(FORMAT_CONFIG),
          "distribution = hyperexponential\nphases = 2\nrates = 1.000000 2.500000 \nprob = 0.250000 0.750000 \n"},
         {x.toString(FORMAT_XML),
