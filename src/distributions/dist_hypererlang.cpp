@@ -6,12 +6,11 @@
 //
 // A branch of 0 phases passes the parameter check; the formulas then meet
 // the wrapped factorial of -1, which is 0, and their result is whatever
-// floating-point arithmetic makes of the division; asCPH refuses it through
-// the Erlang of the branch.
+// floating-point arithmetic makes of the division; asCPH refuses it as the
+// Erlang of the branch does.
 #include "distributions/dist_hypererlang.h"
 
 #include <cmath>
-#include <memory>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_erlang.h"
@@ -77,31 +76,26 @@ DistStats HyperErlang::getProperties(unsigned n) { return hyper_erlang_stats(pha
 
 void HyperErlang::paramCheck() { checkParameters(phases, rates, probabilities); }
 
+// Each branch is the chain of its Erlang, entered in its first state with
+// the branch's probability. The chains are written in place rather than
+// through Erlang objects, which would each seed a stream of their own; a
+// branch is refused exactly as its Erlang would refuse it.
 CPH HyperErlang::asCPH() {
-    std::vector<std::pair<double, Erlang*>> branches = getErlangDists();
-    std::vector<CPH> chains;
-    try {
-        for (const auto& branch : branches) {
-            chains.push_back(branch.second->asCPH());
-            Vector tau = chains.back().getTau();
-            tau[0] = branch.first;
-            chains.back().setTau(tau);
-        }
-    } catch (...) {
-        for (auto& branch : branches) delete branch.second;
-        throw;
+    for (size_t i = 0; i < rates.size(); i++) {
+        if (rates[i] <= 0) throw Exception("dist", __LINE__, "Invalid rate for erlang distribution");
+        if (phases[i] == 0) throw Exception("dist", __LINE__, "Invalid number of phases for Erlang distribution.");
     }
-    for (auto& branch : branches) delete branch.second;
-
     unsigned order = getOrder();
     Matrix T(order, order);
     Vector tau(order, true);
     unsigned offset = 0;
-    for (const CPH& chain : chains) {
-        T.setSubmatrix(offset, offset, chain.getT());
-        Vector start = chain.getTau();
-        for (unsigned i = 0; i < chain.getOrder(); i++) tau[offset + i] = start[i];
-        offset += chain.getOrder();
+    for (size_t i = 0; i < rates.size(); i++) {
+        for (unsigned j = 0; j < phases[i]; j++) {
+            T(offset + j, offset + j) = -rates[i];
+            if (j + 1 < phases[i]) T(offset + j, offset + j + 1) = rates[i];
+        }
+        tau[offset] = probabilities[i];
+        offset += phases[i];
     }
     return CPH(T, tau);
 }

@@ -201,6 +201,10 @@ TEST(DistMixture, ParameterChecksAndTheirTolerances) {
         {"hypererlang static", [] { HyperErlang::hyper_erlang_stats({1}, {1}, {0.9}, 1); }, hyperErl},
         {"hypererlang branch of rate 0 as Erlang",
          [] { HyperErlang({1, 1}, {0, 2}, {0.5, 0.5}).getErlangDists(); }, "Invalid rate for erlang distribution"},
+        {"hypererlang branch of rate 0 as phase-type", [] { HyperErlang({1, 1}, {0, 2}, {0.5, 0.5}).asCPH(); },
+         "Invalid rate for erlang distribution"},
+        {"hypererlang branch without phases as phase-type", [] { HyperErlang({0, 1}, {1, 2}, {0.5, 0.5}).asCPH(); },
+         "Invalid number of phases for Erlang distribution."},
     };
     for (const Case& c : cases) {
         std::string message = failure(c.build);
