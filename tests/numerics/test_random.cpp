@@ -51,7 +51,25 @@ TEST(MTRand, RandScalesTheWordOntoTheClosedUnitInterval) {
         ASSERT_GE(u, 0.0);
         ASSERT_LE(u, 1.0);
     }
-    EXPECT_EQ(4294967295.0 * 2.3283064370807974e-10, 1.0);  // a word of all ones gives 1
+}
+
+namespace {
+// A generator whose next word is given: the state word is the one that
+// tempers to it.
+struct NextWordProbe : MTRand {
+    explicit NextWordProbe(std::uint32_t untempered) : MTRand(1UL) {
+        state[N - 1] = untempered;
+        pNext = state + N - 1;
+        left = 1;
+    }
+};
+}  // namespace
+
+TEST(MTRand, RandOfTheExtremeWordsIsExactlyZeroOrOne) {
+    // 0x12DD9BB3 tempers to 0xFFFFFFFF (inverse of the tempering, in python).
+    NextWordProbe ones(0x12DD9BB3U), zero(0U);
+    EXPECT_EQ(ones.rand(), 1.0);
+    EXPECT_EQ(zero.rand(), 0.0);
 }
 
 TEST(MTRand, LongKeySeedsByEveryWord) {
@@ -395,6 +413,50 @@ TEST(Rand, ErlangIsTheLogarithmOfThePlainProductWhileItStaysNormal) {
         ASSERT_GE(product, DBL_MIN);
         EXPECT_EQ(r.erlang(k, 2.0), std::log(product) * (-1.0 / 2.0)) << "k = " << k;
         EXPECT_EQ(r.drawRandomNumber(), ref.drawRandomNumber()) << "k = " << k;
+    }
+}
+
+// At seed 7603642 the word of index 141 is 0 (found by a search over seeds
+// with std::mt19937). Such a draw counts as the smallest positive draw where a
+// logarithm is taken, and every method still takes exactly its usual draws.
+TEST(Rand, ADrawOfZeroKeepsVariatesFiniteAndTheDrawCountFixed) {
+    const unsigned long seed = 7603642UL;
+    const int zeroAt = 141;
+    const double smallest = 2.3283064370807974e-10;
+    auto streamAt = [&](int skip) {
+        Rand r(seed);
+        for (int i = 0; i < skip; ++i) r.drawRandomNumber();
+        return r;
+    };
+    const double following = streamAt(zeroAt + 1).drawRandomNumber();
+    // Cheng's candidate of a first draw of 0 is rejected, and the stream goes
+    // on with the next pair as a fresh call would.
+    Rand afterCheng = streamAt(zeroAt + 2);
+    const double cheng = afterCheng.gamma(2.5, 1.0);
+    struct Case {
+        std::string name;
+        std::function<double(Rand&)> draw;
+        double expected;
+        Rand after;  // the stream as it must be after the call
+    };
+    const std::vector<Case> cases = {
+        {"drawRandomNumber", [](Rand& r) { return r.drawRandomNumber(); }, 0.0, streamAt(zeroAt + 1)},
+        {"uniform(1, 2)", [](Rand& r) { return r.uniform(1.0, 2.0); }, 1.0, streamAt(zeroAt + 1)},
+        {"exponential(2)", [](Rand& r) { return r.exponential(2.0); }, std::log(smallest) * (-1.0 / 2.0),
+         streamAt(zeroAt + 1)},
+        {"weibull(2, 3)", [](Rand& r) { return r.weibull(2.0, 3.0); }, 3.0 * std::pow(-std::log(smallest), 0.5),
+         streamAt(zeroAt + 1)},
+        {"erlang(2, 1)", [](Rand& r) { return r.erlang(2, 1.0); }, std::log(smallest * following) * -1.0,
+         streamAt(zeroAt + 2)},
+        // The candidate 0 of the first draw passes its test exp(-0) >= u.
+        {"gamma(0.5, 3)", [](Rand& r) { return r.gamma(0.5, 3.0); }, 0.0, streamAt(zeroAt + 2)},
+        {"gamma(2.5, 1)", [](Rand& r) { return r.gamma(2.5, 1.0); }, cheng, afterCheng},
+    };
+    for (const Case& c : cases) {
+        Rand r = streamAt(zeroAt);
+        EXPECT_EQ(c.draw(r), c.expected) << c.name;
+        Rand after = c.after;
+        EXPECT_EQ(r.drawRandomNumber(), after.drawRandomNumber()) << c.name;
     }
 }
 
