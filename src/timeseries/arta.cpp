@@ -33,19 +33,34 @@ void writeList(std::ostream& out, const std::vector<double>& values) {
 ARTA::ARTA(std::string file, format f) : base(new ARIMA()), marginal(nullptr) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    load(file, f);
+    try {
+        load(file, f);
+    } catch (...) {
+        releaseParts();
+        throw;
+    }
 }
 
 ARTA::ARTA(Config* config) : base(new ARIMA()), marginal(nullptr) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    load(config);
+    try {
+        load(config);
+    } catch (...) {
+        releaseParts();
+        throw;
+    }
 }
 
 ARTA::ARTA(XMLConfig* document) : base(new ARIMA()), marginal(nullptr) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    load(document);
+    try {
+        load(document);
+    } catch (...) {
+        releaseParts();
+        throw;
+    }
 }
 
 ARTA::ARTA(Dist* marginal, std::vector<double> ar, double mean, double stddev)
@@ -55,13 +70,24 @@ ARTA::ARTA(Dist* marginal, std::vector<double> ar, std::vector<double> ma, doubl
     : base(nullptr), marginal(marginal) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    base = new ARIMA(std::move(ar), std::move(ma), 0.0, mean, stddev * stddev, 0.0, "unknown");
-    normaliseBase();
+    try {
+        base = new ARIMA(std::move(ar), std::move(ma), 0.0, mean, stddev * stddev, 0.0, "unknown");
+        normaliseBase();
+    } catch (...) {
+        releaseParts();
+        throw;
+    }
 }
 
-ARTA::~ARTA() {
+ARTA::~ARTA() { releaseParts(); }
+
+// A constructor that throws runs no destructor, so it releases the parts
+// itself before passing the failure on.
+void ARTA::releaseParts() {
     delete base;
+    base = nullptr;
     delete marginal;
+    marginal = nullptr;
 }
 
 void ARTA::resetParts() {

@@ -68,6 +68,7 @@ public:
 private:
     // Drops the marginal and puts a default ARIMA in place of the base.
     void resetParts();
+    void releaseParts();
     // Divides the white-noise variance by gamma(0), giving process variance 1.
     void normaliseBase();
     // The marginal, or an exception when none has been loaded.
