@@ -12,7 +12,6 @@
 #include "distributions/dist.h"
 #include "distributions/dist_process.h"
 #include "numerics/matrix.h"
-#include "traces/trace.h"
 
 using namespace velmora;
 
@@ -42,13 +41,6 @@ std::string failure(const std::function<void()>& action) {
 
 }  // namespace
 
-TEST(DistProcess, IsTheDistTypeOfProcess) {
-    DistProcess p(new Exponential(2));
-    EXPECT_EQ(p.getProcessType(), PROCESS_DIST);
-    EXPECT_EQ(p.getProcessTypeString(), "Dist");
-    EXPECT_EQ(p.getProcessDescription(), "Dist");
-}
-
 TEST(DistProcess, MomentsStartWithOneAtOrderZeroAndSkipWhatTheFamilyLacks) {
     DistProcess exponential(new Exponential(1));
     EXPECT_EQ(exponential.getMoments(0, 2), (std::vector<double>{1, 1, 2}));
@@ -76,6 +68,8 @@ TEST(DistProcess, KeyValueTextEndsInAnEmptyLineAndReadsBack) {
     DistProcess back(path, FORMAT_CONFIG);
     EXPECT_EQ(back.toString(FORMAT_CONFIG), text);
     EXPECT_EQ(back.getDistribution()->getType(), DIST_EXPONENTIAL);
+    EXPECT_EQ(back.getProcessType(), PROCESS_DIST);
+    EXPECT_EQ(back.getProcessDescription(), "Dist");
 }
 
 TEST(DistProcess, XmlTextReadsBackInsideTheEnvelope) {
@@ -164,12 +158,6 @@ TEST(DistProcess, VariatesAreThoseOfTheSeededFamily) {
     }
     p.initRandomNumberGeneration(42);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(p.getNextRandomVariate(), first[i]);
-}
-
-TEST(DistProcess, LikelihoodIsTheLogLikelihoodOfTheFamily) {
-    DistProcess p(new Exponential(2));
-    Trace t(std::vector<double>{0.5, 1.0, 0.25});
-    EXPECT_NEAR(p.computeLikelihood(&t), 3 * std::log(2.0) - 2 * 1.75, 1e-12);
 }
 
 TEST(DistProcess, FailuresCarryTheirMessages) {
