@@ -7,10 +7,13 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_process.h"
 #include "markov/cph.h"
 #include "markov/maps.h"
 #include "markov/mep.h"
 #include "timeseries/arima.h"
+#include "timeseries/arta.h"
+#include "traces/trace.h"
 
 namespace velmora {
 
@@ -32,19 +35,24 @@ namespace {
 Exception errorLoadingModel(int line) { return Exception("process", line, "Error loading model."); }
 
 // Builds the model class that a factory tag or model name stands for; null
-// where the class is not part of the library yet.
+// where the class is not part of the library yet (chep, capp).
 Process* buildFromXML(const std::string& tag, XMLConfig* document) {
     if (tag == "ph") return new CPH(document);
     if (tag == "map") return new MAP(document);
     if (tag == "arima") return new ARIMA(document);
+    if (tag == "arta") return new ARTA(document);
+    if (tag == "dist") return new DistProcess(document);
     return nullptr;
 }
 
 Process* buildFromConfig(const std::string& model, Config* config) {
+    if (model == "arta") return new ARTA(config);
     if (model == "mep") return new MEP(config);
     if (model == "map") return new MAP(config);
     if (model == "cph") return new CPH(config);
     if (model == "f-arima") return new ARIMA(config);
+    if (model == "trace") return new Trace(config);
+    if (model == "distribution") return new DistProcess(config);
     return nullptr;
 }
 

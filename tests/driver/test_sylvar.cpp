@@ -118,7 +118,7 @@ TEST(Sylvar, BadModelFilesAreReportedWithTheirModule) {
 }
 
 TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
-    for (const char* model : {"map.xml", "ph.xml", "arma.xml"}) {
+    for (const char* model : {"map.xml", "ph.xml", "arma.xml", "arta.xml", "dist.xml"}) {
         std::string trace = testing::TempDir() + "run_" + model + ".txt";
         SylvarRun run = sylvar("-model=" + modelPath(model) + " -trace=" + trace + " -seed=7");
 
