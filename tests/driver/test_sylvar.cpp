@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -168,4 +169,44 @@ TEST(Sylvar, EmptyTraceFailsInItsSummaryAfterTheModelSummary) {
     EXPECT_TRUE(lines(trace).empty());
     std::ifstream file(trace.c_str());
     EXPECT_TRUE(file.good());
+}
+
+// sylvar's trace files carry six significant digits; the statistics of a long
+// run still agree with the model's analytic figures.
+TEST(Sylvar, GeneratedTracesReproduceTheModelsStatistics) {
+    struct Case {
+        const char* model;
+        const char* observations;
+        double meanTolerance;
+        double varianceTolerance;  // relative
+        double correlationTolerance;
+        unsigned lags;
+        double variance;  // 0: from the model's moments
+    } cases[] = {
+        {"map.xml", "100000", 0.035, 0.1, 0.025, 5, 0.0},
+        {"arma.xml", "1000000", 0.01, 0.01, 0.005, 10, 0.0},
+        // The triangular family gives its first moment only: its variance is
+        // (a² + b² + c² − ab − ac − bc)/18 for (0.5, 4, 1).
+        {"arta.xml", "1000000", 0.01, 0.01, 0.007, 5, 10.75 / 18},
+    };
+    for (const auto& c : cases) {
+        std::string path = testing::TempDir() + "long_" + c.model + ".txt";
+        SylvarRun run = sylvar("-model=" + modelPath(c.model) + " -trace=" + path + " -seed=7 -observations=" +
+                               c.observations);
+        ASSERT_EQ(run.status, 0);
+        Trace trace(path, false);
+        ASSERT_EQ(trace.getSize(), std::stoul(c.observations)) << c.model;
+
+        XMLConfig document(modelPath(c.model));
+        std::unique_ptr<Process> process(load_process(&document));
+        std::vector<double> moments = process->getMoments(1, 2);
+        ASSERT_GE(moments.size(), c.variance > 0 ? 1u : 2u) << c.model;
+        double variance = c.variance > 0 ? c.variance : moments[1] - moments[0] * moments[0];
+        EXPECT_NEAR(trace.getMoments(1, 1)[0], moments[0], c.meanTolerance) << c.model;
+        EXPECT_NEAR(trace.getVariance() / variance, 1.0, c.varianceTolerance) << c.model;
+        std::vector<double> expected = process->getAutocorrelations(1, c.lags);
+        std::vector<double> sample = trace.getAutocorrelations(1, c.lags);
+        for (unsigned l = 0; l < c.lags; ++l)
+            EXPECT_NEAR(sample[l], expected[l], c.correlationTolerance) << c.model << " lag " << l + 1;
+    }
 }
