@@ -5,6 +5,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "core/process_files.h"
 
 #include "config/conf.h"
 

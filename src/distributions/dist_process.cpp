@@ -2,6 +2,7 @@
 // forms, summary, moments, autocorrelations (0 beyond lag 0), sampled curves
 // and generation, all forwarded to the family.
 #include "distributions/dist_process.h"
+#include "core/process_files.h"
 
 #include <fstream>
 #include <sstream>
@@ -39,17 +40,7 @@ Dist* DistProcess::requireDist() const {
 
 std::string DistProcess::getProcessDescription() { return getProcessTypeString(); }
 
-void DistProcess::load(std::string file, format f) {
-    if (f == FORMAT_CONFIG) {
-        Config config(file);
-        load(&config);
-    } else if (f == FORMAT_XML) {
-        XMLConfig document(file);
-        load(&document);
-    } else {
-        throw Exception("dist", __LINE__, "Unsupported Format.");
-    }
-}
+void DistProcess::load(std::string file, format f) { loadProcessFile(*this, file, f, "dist", "Unsupported Format."); }
 
 // On a failure of the reader the held family stays.
 void DistProcess::load(Config* c) {
@@ -66,13 +57,7 @@ void DistProcess::load(XMLConfig* c) {
     dist = fresh;
 }
 
-void DistProcess::save(std::string file, format f) {
-    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
-    if (!out.is_open()) throw Exception("dist", __LINE__, "Cannot open file.");
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>\n<velmora>\n";
-    out << toString(f);
-    if (f == FORMAT_XML) out << "</velmora>\n";
-}
+void DistProcess::save(std::string file, format f) { saveProcessFile(*this, file, f, "dist"); }
 
 std::string DistProcess::toString(format f) {
     if (f == FORMAT_CONFIG) return "model = distribution\n" + requireDist()->toString(FORMAT_CONFIG) + "\n";

@@ -4,6 +4,7 @@
 // starts in the phase vector pi of P, so that E[X^i] = i! pi M^i 1 and
 // E[X0^i X1^j] = i! j! pi M^i P M^j 1.
 #include "markov/mep.h"
+#include "core/process_files.h"
 
 #include <cmath>
 #include <fstream>
@@ -68,17 +69,7 @@ std::string MEP::getProcessDescription() { return typeName + "(" + velmora::toSt
 // ---------------------------------------------------------------------------
 // Text forms
 
-void MEP::load(std::string file, format f) {
-    if (f == FORMAT_CONFIG) {
-        Config config(file);
-        load(&config);
-    } else if (f == FORMAT_XML) {
-        XMLConfig document(file);
-        load(&document);
-    } else {
-        throw Exception("mep", __LINE__, "Unsupported format!");
-    }
-}
+void MEP::load(std::string file, format f) { loadProcessFile(*this, file, f, "mep", "Unsupported format!"); }
 
 void MEP::load(Config* config) {
     if (config->existsKey("model")) {
@@ -107,16 +98,7 @@ void MEP::load(XMLConfig* document) {
     ++matrixRevision;
 }
 
-void MEP::save(std::string file, format f) {
-    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
-    if (!out.is_open()) throw Exception("mep", __LINE__, "Cannot open file.");
-    // The text is made before anything is written, so that an unsupported
-    // format leaves no half-written file behind.
-    std::string text = toString(f);
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>" << std::endl << "<velmora>" << std::endl;
-    out << text;
-    if (f == FORMAT_XML) out << "</velmora>" << std::endl;
-}
+void MEP::save(std::string file, format f) { saveProcessFile(*this, file, f, "mep"); }
 
 std::string MEP::toString(format f) {
     std::ostringstream out;

@@ -2,6 +2,7 @@
 // writing through the class's own text forms, the summary, the uncorrelated
 // autocorrelations and the random stream.
 #include "markov/ph.h"
+#include "core/process_files.h"
 
 #include <fstream>
 #include <sstream>
@@ -41,39 +42,9 @@ PH::~PH() { delete rng; }
 
 std::string PH::getProcessDescription() { return typeName + "(" + velmora::toString(getOrder()) + ")"; }
 
-void PH::load(std::string file, format f) {
-    if (f == FORMAT_CONFIG) {
-        Config* config = new Config(file);
-        try {
-            load(config);
-        } catch (...) {
-            delete config;
-            throw;
-        }
-        delete config;
-    } else if (f == FORMAT_XML) {
-        XMLConfig* document = new XMLConfig(file);
-        try {
-            load(document);
-        } catch (...) {
-            delete document;
-            throw;
-        }
-        delete document;
-    } else {
-        throw Exception("ph", __LINE__, "Unsupported format.");
-    }
-}
+void PH::load(std::string file, format f) { loadProcessFile(*this, file, f, "ph", "Unsupported format."); }
 
-// The format is checked by toString, after the file has been emptied.
-void PH::save(std::string file, format f) {
-    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
-    if (!out) throw Exception("ph", __LINE__, "Cannot open file.");
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>" << std::endl << "<velmora>" << std::endl;
-    out << toString(f);
-    if (f == FORMAT_XML) out << "</velmora>" << std::endl;
-    out.close();
-}
+void PH::save(std::string file, format f) { saveProcessFile(*this, file, f, "ph"); }
 
 std::string PH::getSummary() { return getSummary(5, 0, 0); }
 

@@ -2,6 +2,7 @@
 // forms, the summary and the operations the class does not offer. The
 // analysis and the generator live in arima_analysis.cpp.
 #include "timeseries/arima.h"
+#include "core/process_files.h"
 
 #include <fstream>
 #include <sstream>
@@ -125,25 +126,9 @@ std::string ARIMA::getProcessDescription() {
     return out.str();
 }
 
-void ARIMA::load(std::string file, format f) {
-    if (f == FORMAT_CONFIG) {
-        Config config(file);
-        load(&config);
-    } else if (f == FORMAT_XML) {
-        XMLConfig document(file);
-        load(&document);
-    } else {
-        throw Exception("arima", __LINE__, "Format not supported!");
-    }
-}
+void ARIMA::load(std::string file, format f) { loadProcessFile(*this, file, f, "arima", "Format not supported!"); }
 
-void ARIMA::save(std::string file, format f) {
-    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
-    if (!out.is_open()) throw Exception("arima", __LINE__, "Cannot open file.");
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>\n<velmora>\n";
-    out << toString(f);
-    if (f == FORMAT_XML) out << "</velmora>\n";
-}
+void ARIMA::save(std::string file, format f) { saveProcessFile(*this, file, f, "arima"); }
 
 void ARIMA::load(Config* config) {
     resetModel();

@@ -2,6 +2,7 @@
 // the summary, the marginal operations and the generator. The
 // autocorrelation mapping and its integration live in arta_integral.cpp.
 #include "timeseries/arta.h"
+#include "core/process_files.h"
 
 #include <fstream>
 #include <sstream>
@@ -125,25 +126,9 @@ std::string ARTA::getProcessDescription() {
     return out.str();
 }
 
-void ARTA::load(std::string file, format f) {
-    if (f == FORMAT_CONFIG) {
-        Config config(file);
-        load(&config);
-    } else if (f == FORMAT_XML) {
-        XMLConfig document(file);
-        load(&document);
-    } else {
-        throw Exception("arta", __LINE__, "Format not supported!");
-    }
-}
+void ARTA::load(std::string file, format f) { loadProcessFile(*this, file, f, "arta", "Format not supported!"); }
 
-void ARTA::save(std::string file, format f) {
-    std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
-    if (!out.is_open()) throw Exception("arta", __LINE__, "Cannot open file.");
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>\n<velmora>\n";
-    out << toString(f);
-    if (f == FORMAT_XML) out << "</velmora>\n";
-}
+void ARTA::save(std::string file, format f) { saveProcessFile(*this, file, f, "arta"); }
 
 void ARTA::load(Config* config) {
     resetParts();
