@@ -26,7 +26,7 @@ example)
     ./build/sylvar -model=examples/map.xml -trace=build/example_trace.txt -seed=7 -observations=10000
     ;;
 test)
-    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON >/dev/null
+    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON -DVELMORA_BENCH=ON >/dev/null
     cmake --build build -j "$jobs"
     ctest --test-dir build --output-on-failure -j "$jobs"
     ;;

@@ -13,14 +13,6 @@ TEST(Exception, TextNamesModuleAndLineOnlyWhenFileIsGiven) {
     EXPECT_EQ(Exception("", 12, "Bad.").toString(), "Error: Bad.\n");
 }
 
-TEST(Exception, CopyKeepsAllFields) {
-    Exception original("trace", 5, "Invalid trace element.");
-    Exception copy(original);
-    EXPECT_EQ(copy.file, "trace");
-    EXPECT_EQ(copy.line, 5);
-    EXPECT_EQ(copy.message, "Invalid trace element.");
-}
-
 TEST(Messages, WriteTheirLayoutsToStandardOutput) {
     testing::internal::CaptureStdout();
     libvelmora_warning("w");
