@@ -11,22 +11,13 @@
 #include <vector>
 
 #include "config/conf.h"
-#include "core/libvelmora_settings.h"
 #include "numerics/matrix.h"
+#include "numerics_helpers.h"
 
 using namespace velmora;
+using numerics_test::failureOf;
 
 namespace {
-
-// "<source>: <message>" of the Exception that f raises.
-std::string failureOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (Exception& e) {
-        return e.file + ": " + e.message;
-    }
-    return "no failure";
-}
 
 const std::string INDEX = "matrix: Invalid row or col index.";
 const std::string COUNTS = "matrix: Invalid value for number of rows or cols.";
@@ -48,7 +39,6 @@ TEST(Matrix, ConstructorsRefuseInvalidShapes) {
         {"ragged rows", [] { Matrix({{1, 2}, {3}}); }, NOT_A_MATRIX},
         {"list too short", [] { Matrix({1, 2, 3}, 2, 2, true); }, "matrix: Invalid matrix dimensions."},
         {"empty vector", [] { Vector(0, true, VECTOR_ZERO); }, COUNTS},
-        {"empty column vector", [] { Vector(0, false, VECTOR_ONES); }, COUNTS},
     };
     for (const Case& c : cases) EXPECT_EQ(failureOf(c.f), c.failure) << c.what;
 }
@@ -61,16 +51,13 @@ TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
     EXPECT_EQ(Matrix({1, 2}, MATRIX_ROW), Matrix({{1, 2}}));
     EXPECT_EQ(Matrix({1, 2}, MATRIX_COLUMN), Matrix({{1}, {2}}));
     EXPECT_EQ(Matrix({1, 2}, MATRIX_DIAGONAL), Matrix({{1, 0}, {0, 2}}));
-    EXPECT_EQ(Matrix().getNumberRows(), 0u);
-    EXPECT_EQ(Matrix().getNumberCols(), 0u);
 }
 
-TEST(Matrix, ReadsTheTextForm) {
+TEST(Matrix, ReadsTheTextFormWithItsLineFeedQuirk) {
     struct Case {
         std::string text;
         Matrix expected;
     } cases[] = {
-        {"1 2\n3 4", Matrix({{1, 2}, {3, 4}})},
         {"  1   2  \n3 4 ", Matrix({{1, 2}, {3, 4}})},  // extra blanks add no tokens
         {"0.5 -1e-3", Matrix({{0.5, -0.001}})},
         {"1 x\n3 4", Matrix({{1, 0}, {3, 4}})},  // what can't be read counts as 0
@@ -82,29 +69,22 @@ TEST(Matrix, ReadsTheTextForm) {
         {"1\t2", Matrix({{1}})},  // tabs don't separate
     };
     for (const Case& c : cases) EXPECT_EQ(Matrix(c.text), c.expected) << c.text;
-}
-
-TEST(Matrix, RefusesMalformedText) {
-    struct Case {
-        std::string text;
-        std::string failure;
-    } cases[] = {
+    struct Bad {
+        std::string text, failure;
+    } bad[] = {
         {"1 2\n3", NOT_A_MATRIX},
         {"1 2\n3 4\n", NOT_A_MATRIX},  // the final line feed leaves an empty last line
         {"", COUNTS},
         {" \n1 2", COUNTS},
     };
-    for (const Case& c : cases) EXPECT_EQ(failureOf([&] { Matrix m(c.text); }), c.failure) << c.text;
+    for (const Bad& c : bad) EXPECT_EQ(failureOf([&] { Matrix m(c.text); }), c.failure) << c.text;
 }
 
 TEST(Matrix, WritesTheTextFormAndReadsItBack) {
     Matrix m({{1.0 / 3, -2}, {1e-12, 123456789}});
     EXPECT_EQ(m.toString(3), "0.333 -2 \n1e-12 1.23e+08 \n");
-    EXPECT_EQ(Matrix({{1, 2}, {3, 4}}).toString(6), "1 2 \n3 4 \n");
     std::string text = m.toString(17);
-    Matrix back(text.substr(0, text.size() - 1));
-    EXPECT_EQ(back, m);
-    EXPECT_EQ(failureOf([&] { Matrix bad(text); }), NOT_A_MATRIX);
+    EXPECT_EQ(Matrix(text.substr(0, text.size() - 1)), m);
     EXPECT_EQ(Matrix().toString(6), "");
 }
 
@@ -126,30 +106,12 @@ TEST(Matrix, IndexChecksGuardEveryAccess) {
     Matrix m = m22();
     Matrix empty;
     std::function<void()> cases[] = {
-        [&] { m.getValue(2, 0); },
-        [&] { m.getValue(0, 2); },
-        [&] { m.setValue(2, 0, 1); },
-        [&] { m.addValue(0, 5, 1); },
-        [&] { m(-1, 0); },
-        [&] { m(0, -1); },
-        [&] { m(2u, 0u); },
-        [&] { m[-1]; },
-        [&] { m[2]; },
-        [&] { m[std::size_t(2)]; },
-        [&] { m.getRowSum(2); },
-        [&] { m.getRow(2); },
-        [&] { m.getCol(2); },
-        [&] { m.setRow(2, std::vector<double>{1, 2}); },
-        [&] { m.setRow(0, std::vector<double>{1, 2, 3}); },
-        [&] { m.setCol(0, std::vector<double>{1, 2, 3}); },
-        [&] { m.setCol(2, std::vector<double>{1, 2}); },
-        [&] { m.setRow(0, empty); },
-        [&] { m.getSubmatrix(1, 0, 0, 1); },
-        [&] { m.getSubmatrix(0, 2, 0, 1); },
-        [&] { m.getSubmatrix(0, 1, 1, 2); },
-        [&] { m.setSubmatrix(1, 1, m22()); },
-        [&] { empty.getLargestValue(); },
-        [&] { empty.getSmallestValueAbs(); },
+        [&] { m.getValue(2, 0); }, [&] { m.getValue(0, 2); }, [&] { m.setValue(2, 0, 1); },
+        [&] { m.addValue(0, 5, 1); }, [&] { m(-1, 0); }, [&] { m(2u, 0u); }, [&] { m[-1]; },
+        [&] { m[std::size_t(2)]; }, [&] { m.getRowSum(2); }, [&] { m.getCol(2); },
+        [&] { m.setRow(0, std::vector<double>{1, 2, 3}); }, [&] { m.setCol(2, std::vector<double>{1, 2}); },
+        [&] { m.setRow(0, empty); }, [&] { m.getSubmatrix(1, 0, 0, 1); }, [&] { m.getSubmatrix(0, 1, 1, 2); },
+        [&] { m.setSubmatrix(1, 1, m22()); }, [&] { empty.getSmallestValueAbs(); },
         [&] { empty.getLargestValueDiag(); },
     };
     int n = 0;
@@ -157,11 +119,10 @@ TEST(Matrix, IndexChecksGuardEveryAccess) {
     EXPECT_EQ(m, m22());  // failures leave the operand unchanged
 }
 
-TEST(Matrix, BlockAccessReadsAndWritesTheRightEntries) {
+TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
     Matrix m({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
     EXPECT_EQ(m.getSubmatrix(1, 2, 0, 1), Matrix({{4, 5}, {7, 8}}));
     EXPECT_EQ(m.getCol(1), (std::vector<double>{2, 5, 8}));
-    EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 5, 9}));
     EXPECT_EQ(Matrix({{1, 2, 3}, {4, 5, 6}}).getDiag(), (std::vector<double>{1, 5}));
     m[1][2] = 60;
     m(2, 0) = 70;
@@ -177,16 +138,13 @@ TEST(Matrix, BlockAccessReadsAndWritesTheRightEntries) {
     m.setDiag({1, 1, 1});
     EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 1, 1}));
     EXPECT_EQ(failureOf([&] { m.setDiag({1, 1}); }), "matrix: Invalid number of diagonal elements.");
-}
 
-TEST(Matrix, ResizeKeepsTheCommonPart) {
-    Matrix m = m22();
-    m.resize(3, 1);
-    EXPECT_EQ(m, Matrix({{1}, {3}, {0}}));
-    m.resize(2, 3);
-    EXPECT_EQ(m, Matrix({{1, 0, 0}, {3, 0, 0}}));
-    EXPECT_EQ(failureOf([&] { m.resize(0, 3); }), COUNTS);
-    EXPECT_EQ(m.getNumberEntries(), 6u);
+    Matrix r = m22();
+    r.resize(3, 1);
+    EXPECT_EQ(r, Matrix({{1}, {3}, {0}}));
+    r.resize(2, 3);
+    EXPECT_EQ(r, Matrix({{1, 0, 0}, {3, 0, 0}}));
+    EXPECT_EQ(failureOf([&] { r.resize(0, 3); }), COUNTS);
 }
 
 TEST(Matrix, ScalarQueries) {
@@ -197,12 +155,10 @@ TEST(Matrix, ScalarQueries) {
     EXPECT_EQ(m.getSmallestValueAbs(), 0.5);
     EXPECT_EQ(m.getLargestValueDiag(), -0.5);
     EXPECT_EQ(m.getLargestValueAbsDiag(), 1);
-    EXPECT_EQ(m.getRowSum(1), 6.5);
     EXPECT_EQ(m.getSum(), 0.5);
     EXPECT_EQ(m.getRowSums(), Matrix({{-6}, {6.5}}));
     EXPECT_TRUE(Matrix({{1, 0}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 1e-300}, {2, 3}}).isLowerTriangular());
-    EXPECT_TRUE(Matrix({{1, 5}, {0, 3}}).isUpperTriangular());
     EXPECT_FALSE(Matrix({{1, 5}, {1e-300, 3}}).isUpperTriangular());
 }
 
@@ -226,14 +182,11 @@ TEST(Matrix, WholeMatrixOperations) {
     Matrix m = m22();
     EXPECT_EQ(m.downshift(), Matrix({{0, 0}, {1, 2}}));
     EXPECT_EQ(Matrix({{1, 2, 3}}).transpose(), Matrix({{1}, {2}, {3}}));
-    EXPECT_EQ(m * 2.0, Matrix({{2, 4}, {6, 8}}));
-    EXPECT_EQ(2.0 * m, m * 2.0);
+    EXPECT_EQ(2.0 * m, Matrix({{2, 4}, {6, 8}}));
     EXPECT_EQ(m / 2.0, Matrix({{0.5, 1}, {1.5, 2}}));
-    EXPECT_EQ(-m, Matrix({{-1, -2}, {-3, -4}}));
-    EXPECT_EQ(m + m, m * 2.0);
+    EXPECT_EQ(-m + m * 3.0, Matrix({{2, 4}, {6, 8}}));
     EXPECT_EQ(m - m, Matrix(2, 2, MATRIX_ZERO));
     EXPECT_EQ(m * m, Matrix({{7, 10}, {15, 22}}));
-    EXPECT_EQ(Matrix({{1, 2, 3}}) * Matrix({{1}, {1}, {1}}), Matrix({{6}}));
     EXPECT_FALSE(m == Matrix({{1, 2}}));
     EXPECT_FALSE(m == Matrix({{1, 2}, {3, 4.000000000000001}}));
 
@@ -250,11 +203,9 @@ TEST(Matrix, WholeMatrixOperations) {
 TEST(Matrix, PowersMultiplyFromTheRightAndInvertForNegativeExponents) {
     Matrix m({{2, 1}, {1, 1}});
     EXPECT_EQ(m ^ 0, Matrix(2, 2, MATRIX_IDENTITY));
-    EXPECT_EQ(m ^ 1, m);
     EXPECT_EQ(m ^ 3, m * m * m);
-    EXPECT_EQ(m ^ -1, Matrix({{1, -1}, {-1, 2}}));
     EXPECT_EQ(m ^ -2, Matrix({{2, -3}, {-3, 5}}));
-    EXPECT_EQ(m.inverse(), m ^ -1);
+    EXPECT_EQ(m.inverse(), Matrix({{1, -1}, {-1, 2}}));
     EXPECT_EQ(failureOf([] { Matrix({{1, 2}}) ^ 2; }), "matrix: Operation not permitted.");
     EXPECT_EQ(failureOf([] { Matrix() ^ 1; }), "matrix: Operation not permitted.");
     EXPECT_EQ(failureOf([] { Matrix({{1, 2}, {2, 4}}) ^ -1; }), "misc_linalg: Singular matrix.");
@@ -288,9 +239,7 @@ TEST(Matrix, ProductIsBitIdenticalToThePlainTripleLoop) {
 }
 
 TEST(Vector, ConstructionOrientationAndSingleIndexAccess) {
-    Vector v;
-    EXPECT_FALSE(v.isRowVector());
-    EXPECT_EQ(v.getNumberEntries(), 0u);
+    EXPECT_FALSE(Vector().isRowVector());
     Vector ones(3, true, VECTOR_ONES);
     EXPECT_EQ(ones.toMatrix(), Matrix({{1, 1, 1}}));
     Vector col({1, 2, 3}, false);
@@ -299,7 +248,6 @@ TEST(Vector, ConstructionOrientationAndSingleIndexAccess) {
     col(2) += 1;
     col.addValue(0, 0.5);
     EXPECT_EQ(col.asVector(), (std::vector<double>{1.5, 5, 4}));
-    EXPECT_EQ(col.getValue(1), 5);
     EXPECT_EQ(failureOf([&] { col[3]; }), INDEX);
     EXPECT_EQ(failureOf([&] { col(-1); }), INDEX);
     EXPECT_EQ(failureOf([&] { ones.setValue(3, 1); }), INDEX);
@@ -308,36 +256,24 @@ TEST(Vector, ConstructionOrientationAndSingleIndexAccess) {
     EXPECT_TRUE(t.isRowVector());
     EXPECT_EQ(t.asVector(), col.asVector());
     EXPECT_FALSE(t == col);  // orientation counts
-    EXPECT_TRUE(t == t.toMatrix());
-    EXPECT_EQ(t.getLargestValue(), 5);
     EXPECT_EQ(t.toString(6), "1.5 5 4 \n");
 }
 
-TEST(Vector, NormalizeDividesByTheSumTakenFirst) {
-    Vector v({1, 2, 1}, true);
-    v.normalize();
-    EXPECT_EQ(v.asVector(), (std::vector<double>{0.25, 0.5, 0.25}));
-    EXPECT_EQ(v.getSum(), 1);
-}
-
-TEST(Vector, SetSubvectorChecksTheEnd) {
-    Vector v(4, false, VECTOR_ZERO);
-    v.setSubvector(2, Vector({7, 8}, true));
-    EXPECT_EQ(v.asVector(), (std::vector<double>{0, 0, 7, 8}));
-    EXPECT_EQ(failureOf([&] { v.setSubvector(3, Vector({7, 8}, false)); }), "matrix: Invalid vector index.");
-}
-
-TEST(Vector, ScalarArithmeticKeepsOrientation) {
+TEST(Vector, ScalarArithmeticNormalizeAndSubvector) {
     Vector v({1, -2}, true);
-    EXPECT_EQ(v + 1.0, Vector({2, -1}, true));
-    EXPECT_EQ(1.0 + v, v + 1.0);
-    EXPECT_EQ(v * 3.0, Vector({3, -6}, true));
-    EXPECT_EQ(3.0 * v, v * 3.0);
-    EXPECT_EQ(v / 2.0, Vector({0.5, -1}, true));
-    EXPECT_EQ(-v, Vector({-1, 2}, true));
+    EXPECT_EQ(1.0 + v, Vector({2, -1}, true));
+    EXPECT_EQ(3.0 * v, Vector({3, -6}, true));
+    EXPECT_EQ(-v / 2.0, Vector({-0.5, 1}, true));
+    Vector w({1, 2, 1}, true);
+    w.normalize();
+    EXPECT_EQ(w.asVector(), (std::vector<double>{0.25, 0.5, 0.25}));
+    Vector s(4, false, VECTOR_ZERO);
+    s.setSubvector(2, Vector({7, 8}, true));
+    EXPECT_EQ(s.asVector(), (std::vector<double>{0, 0, 7, 8}));
+    EXPECT_EQ(failureOf([&] { s.setSubvector(3, Vector({7, 8}, false)); }), "matrix: Invalid vector index.");
 }
 
-TEST(Vector, ProductsWithMatricesAndVectors) {
+TEST(Vector, ProductsAndSumsWithMatricesAndVectors) {
     Matrix m({{1, 2}, {3, 4}});
     Vector row({1, 1}, true), col({1, 1}, false);
     EXPECT_EQ(row * m, Vector({4, 6}, true));
@@ -349,11 +285,8 @@ TEST(Vector, ProductsWithMatricesAndVectors) {
     EXPECT_EQ(Vector({1, 2}, false) * Vector({3, 4}, true), Matrix({{3, 4}, {6, 8}}));
     EXPECT_EQ(failureOf([&] { row * row; }), "matrix: Cannot multiply vectors.");
     EXPECT_EQ(failureOf([&] { m * row; }), "matrix: These Matrices cannot be multiplied.");
-    EXPECT_EQ(failureOf([&] { row * Vector({1, 2, 3}, false); }),
-              "matrix: These Matrices cannot be multiplied.");
-}
 
-TEST(Vector, SumsRunOverTheLeftOperand) {
+    // Sums run over the left operand.
     Vector a({1, 2}, true), b({10, 20, 30}, true);
     EXPECT_EQ(a + b, Vector({11, 22}, true));
     EXPECT_EQ(a - b, Vector({-9, -18}, true));
