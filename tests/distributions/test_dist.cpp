@@ -9,30 +9,14 @@
 #include <string>
 #include <vector>
 
-#include "core/libvelmora_settings.h"
+#include "dist_helpers.h"
 #include "distributions/dist.h"
 #include "traces/trace.h"
 
 using namespace velmora;
+using disttest::failure;
 
-namespace {
-
-// The message of the Exception thrown by f, checking that it comes from "dist".
-std::string messageOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (Exception& e) {
-        EXPECT_EQ(e.file, "dist") << e.message;
-        return e.message;
-    } catch (...) {
-        return "<other exception>";
-    }
-    return "<no exception>";
-}
-
-}  // namespace
-
-TEST(DistRegistry, TypeNamesMapBothWaysForAllNineteenFamilies) {
+TEST(DistRegistry, TypeNamesMapBothWaysAndUnknownOnesAreRefused) {
     const char* names[] = {"deterministic", "uniform",     "exponential",      "normal",          "lognormal",
                            "johnson",       "erlang",      "hyperexponential", "hypoexponential", "hypererlang",
                            "weibull",       "gamma",       "beta",             "pearsonV",        "pearsonVI",
@@ -41,14 +25,11 @@ TEST(DistRegistry, TypeNamesMapBothWaysForAllNineteenFamilies) {
         EXPECT_EQ(Dist::getDistType(static_cast<dist_type>(i)), names[i]);
         EXPECT_EQ(Dist::getDistType(std::string(names[i])), static_cast<dist_type>(i));
     }
-}
-
-TEST(DistRegistry, UnknownValuesAndNamesAreRefused) {
-    EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(19)); }), "Unknown distribution");
     // 31 is the largest value the enumeration can hold without a cast out of its range.
-    EXPECT_EQ(messageOf([] { Dist::getDistType(static_cast<dist_type>(31)); }), "Unknown distribution");
+    for (int value : {19, 31})
+        EXPECT_EQ(failure([&] { Dist::getDistType(static_cast<dist_type>(value)); }), "Unknown distribution");
     for (std::string name : {"Normal", "pearsonv", "", "normal "})
-        EXPECT_EQ(messageOf([&] { Dist::getDistType(name); }), "Unknown distribution") << name;
+        EXPECT_EQ(failure([&] { Dist::getDistType(name); }), "Unknown distribution") << name;
 }
 
 TEST(DistText, EveryFamilyWritesBothLayoutsToTheCharacter) {
@@ -85,27 +66,28 @@ TEST(DistText, EveryFamilyWritesBothLayoutsToTheCharacter) {
          "<dist>\n<pearson6dist>\n<alpha1>2.000000</alpha1>\n<alpha2>3.000000</alpha2>\n<beta>1.500000</beta>\n"
          "</pearson6dist>\n</dist>\n"},
     };
+    const std::string unsupported = "Output format not supported by Dists.";
     for (const Case& c : cases) {
         std::string name = Dist::getDistType(c.dist->getType());
         EXPECT_EQ(c.dist->toString(FORMAT_CONFIG), c.keyValue) << name;
         if (c.xml.empty())
-            EXPECT_EQ(messageOf([&] { c.dist->toString(FORMAT_XML); }), "Output format not supported by Dists.");
+            EXPECT_EQ(failure([&] { c.dist->toString(FORMAT_XML); }), unsupported);
         else
             EXPECT_EQ(c.dist->toString(FORMAT_XML), c.xml) << name;
-        EXPECT_EQ(messageOf([&] { c.dist->toString(static_cast<format>(2)); }),
-                  "Output format not supported by Dists.")
-            << name;
+        EXPECT_EQ(failure([&] { c.dist->toString(static_cast<format>(2)); }), unsupported) << name;
     }
 }
 
-TEST(DistChecks, InvalidParametersAreRefusedWithTheFamilyMessage) {
+TEST(DistChecks, InvalidParametersAndMissingOperationsThrowTheFamilyMessage) {
     struct Case {
         std::function<void()> call;
         std::string message;
     };
     const std::string uniformRange = "Invalid range for uniform distribution";
     const std::string triangle = "Invalid parameters for triangular distribution.";
+    const std::string gamma = "Invalid parameters for gamma distribution.";
     const std::string inverse = "Invalid value for inverse cdf.";
+    const std::string bang = "Not implemented!", dot = "Not implemented.";
     const std::vector<Case> cases = {
         // Constructors run paramCheck.
         {[] { Uniform(-1, 1); }, uniformRange},
@@ -116,7 +98,7 @@ TEST(DistChecks, InvalidParametersAreRefusedWithTheFamilyMessage) {
         {[] { Triangular(0, 1, 1); }, triangle},
         {[] { Triangular(0, 1, 0); }, triangle},
         {[] { Weibull(-1, 1); }, "Invalid parameter for weibull distribution"},
-        {[] { Gamma(1, 0); }, "Invalid parameters for gamma distribution."},
+        {[] { Gamma(1, 0); }, gamma},
         {[] { Beta(1, 0); }, "Invalid parameter for beta distribution"},
         {[] { PearsonV(0, 1); }, "Invalid parameters for Pearson V distribution."},
         {[] { PearsonVI(1, 1, 0); }, "Invalid parameters for Pearson VI distribution."},
@@ -124,16 +106,13 @@ TEST(DistChecks, InvalidParametersAreRefusedWithTheFamilyMessage) {
         {[] { Uniform::uniform_pdf(0.5, 2, 1); }, uniformRange},
         {[] { Uniform::uniform_stats(-1, 1, 0); }, uniformRange},
         {[] { Exponential::exponential_ccdf(1, 0); }, "Invalid rate for exponential distribution"},
-        {[] { Normal::normal_stats(0, -1, 0); }, "Invalid parameter for normal distribution"},
         {[] { Lognormal::lognormal_stats(0, -1, 0); }, "Invalid parameter for lognormal distribution"},
         {[] { Triangular::triangular_cdf(0.5, 0, 1, 1); }, triangle},
         {[] { Weibull::weibull_pdf(1, -1, 1); }, "Invalid parameter for Weibull distribution."},
         {[] { Weibull::weibull_cdf(1, 1, 0); }, "Invalid parameter for Weibull distribution."},
         {[] { Weibull::weibull_stats(-1, 1, 0); }, "Invalid parameter for weibull distribution"},
-        {[] { Gamma::gamma_pdf(1, 0, 1); }, "Invalid parameters for gamma distribution."},
-        {[] { Beta::beta_pdf(0.5, 0, 1); }, "Invalid parameter for beta distribution"},
+        {[] { Gamma::gamma_pdf(1, 0, 1); }, gamma},
         {[] { Beta::beta_stats(1, -1, 0); }, "Invalid parameter for beta distribution"},
-        {[] { PearsonV::pearsonV_pdf(1, 1, 0); }, "Invalid parameters for Pearson V distribution."},
         {[] { PearsonVI::pearsonVI_pdf(1, 1, 0, 1); }, "Invalid parameters for Pearson VI distribution."},
         // Inverses: p outside [0, 1]; with both p and the parameters wrong the
         // order of the checks decides the message.
@@ -144,74 +123,57 @@ TEST(DistChecks, InvalidParametersAreRefusedWithTheFamilyMessage) {
         {[] { Triangular::triangular_inverse_cdf(0.5, 0, 1, 1); }, triangle},
         {[] { ChiSquare::chi2_inverse_cdf(1.1, 3); }, inverse},
         {[] { Weibull::weibull_inverse_cdf(2, -1, 1); }, inverse},
-        {[] { Gamma::gamma_inverse_cdf(2, 0, 1); }, "Invalid parameters for gamma distribution."},
+        {[] { Gamma::gamma_inverse_cdf(2, 0, 1); }, gamma},
         {[] { Gamma::gamma_inverse_cdf(2, 1, 1); }, inverse},
         {[] { Exponential(1).evalInverseCDF(std::nan("")); }, inverse},
         // Operations a family does not offer.
         {[] { Deterministic(1).evalInverseCDF(0.5); }, "Not supported."},
-        {[] { Beta(2, 3).evalCDF(0.5); }, "Not implemented!"},
-        {[] { Beta(2, 3).evalCCDF(0.5); }, "Not implemented!"},
-        {[] { Beta(2, 3).evalInverseCDF(0.5); }, "Not implemented."},
-        {[] { PearsonV(3, 2).evalCDF(1); }, "Not implemented!"},
-        {[] { PearsonV(3, 2).evalCCDF(1); }, "Not implemented!"},
-        {[] { PearsonV(3, 2).evalInverseCDF(0.5); }, "Not implemented."},
-        {[] { PearsonV(3, 2).getProperties(0); }, "Not implemented."},
-        {[] { PearsonVI(2, 3, 1).evalCDF(1); }, "Not implemented!"},
-        {[] { PearsonVI(2, 3, 1).evalCCDF(1); }, "Not implemented!"},
-        {[] { PearsonVI(2, 3, 1).evalInverseCDF(0.5); }, "Not implemented."},
-        {[] { PearsonVI(2, 3, 1).getProperties(0); }, "Not implemented."},
+        {[] { Beta(2, 3).evalCDF(0.5); }, bang},
+        {[] { Beta(2, 3).evalCCDF(0.5); }, bang},
+        {[] { Beta(2, 3).evalInverseCDF(0.5); }, dot},
+        {[] { PearsonV(3, 2).evalCCDF(1); }, bang},
+        {[] { PearsonV(3, 2).getProperties(0); }, dot},
+        {[] { PearsonVI(2, 3, 1).evalCDF(1); }, bang},
+        {[] { PearsonVI(2, 3, 1).evalInverseCDF(0.5); }, dot},
     };
-    for (size_t i = 0; i < cases.size(); i++) EXPECT_EQ(messageOf(cases[i].call), cases[i].message) << "case " << i;
+    for (size_t i = 0; i < cases.size(); i++) EXPECT_EQ(failure(cases[i].call), cases[i].message) << "case " << i;
 }
 
-TEST(DistChecks, AcceptedBoundaryParameters) {
-    EXPECT_NO_THROW(Uniform(1, 1));
+TEST(DistChecks, BoundaryParametersAreAccepted) {
     EXPECT_NO_THROW(Normal(0, 0));
     EXPECT_NO_THROW(Lognormal(0, 0));
-    EXPECT_NO_THROW(ChiSquare(0));
     EXPECT_EQ(Uniform(2, 2).generateVariate(), 2.0);
-    // Only the uniform statistics refuse a negative lower bound; the density,
-    // distribution and quantile functions refuse only a > b.
+    // Only the uniform statistics refuse a negative lower bound.
     EXPECT_EQ(Uniform::uniform_pdf(0, -1, 1), 0.5);
-    EXPECT_EQ(Uniform::uniform_cdf(0, -1, 1), 0.5);
     EXPECT_EQ(Uniform::uniform_inverse_cdf(0.5, -1, 1), 0);
     // k = 0 passes the object, but the gamma routines refuse it at x > 0.
     ChiSquare none(0);
     EXPECT_EQ(none.evalPDF(0), 0);
     EXPECT_EQ(none.evalCDF(0), 0);
-    try {
-        none.evalPDF(1);
-        ADD_FAILURE() << "chi-squared density with k = 0 did not throw";
-    } catch (Exception& e) {
-        EXPECT_EQ(e.file, "misc_math");
-    }
+    EXPECT_NE(failure([&] { none.evalPDF(1); }, "misc_math"), "(no exception)");
 }
 
 TEST(DistChecks, FailingSetterLeavesTheInvalidValueInPlace) {
-    Exponential e(1);
-    EXPECT_EQ(messageOf([&] { e.setRate(-2); }), "Invalid rate for exponential distribution");
-    EXPECT_EQ(e.getRate(), -2);
     Triangular t(0, 2, 1);
-    EXPECT_EQ(messageOf([&] { t.setC(3); }), "Invalid parameters for triangular distribution.");
+    EXPECT_EQ(failure([&] { t.setC(3); }), "Invalid parameters for triangular distribution.");
     EXPECT_EQ(t.getC(), 3);
     PearsonVI p(1, 2, 3);
-    EXPECT_EQ(messageOf([&] { p.setAlpha2(0); }), "Invalid parameters for Pearson VI distribution.");
+    EXPECT_EQ(failure([&] { p.setAlpha2(0); }), "Invalid parameters for Pearson VI distribution.");
     EXPECT_EQ(p.getAlpha2(), 0);
-    Deterministic d(1);
-    d.setVal(-7);  // stores without a check
-    EXPECT_EQ(d.getVal(), -7);
 }
 
 TEST(DistStream, EqualSeedsGiveEqualVariatesInEveryFamily) {
     auto makeAll = [] {
-        std::vector<std::shared_ptr<Dist>> all = {
-            std::make_shared<Uniform>(1, 3),     std::make_shared<Exponential>(2),
-            std::make_shared<Normal>(1, 2),      std::make_shared<Lognormal>(0, 0.5),
+        return std::vector<std::shared_ptr<Dist>>{
+            std::make_shared<Uniform>(1, 3),      std::make_shared<Exponential>(2),
+            std::make_shared<Normal>(1, 2),       std::make_shared<Lognormal>(0, 0.5),
             std::make_shared<Triangular>(0, 2, 0.5), std::make_shared<ChiSquare>(3),
-            std::make_shared<Weibull>(1.5, 2),   std::make_shared<Gamma>(0.7, 2),
-            std::make_shared<Beta>(2, 3),        std::make_shared<PearsonV>(3, 2),
-            std::make_shared<PearsonVI>(2, 3, 1.5)};
-        return all;
+            std::make_shared<Weibull>(1.5, 2),    std::make_shared<Gamma>(0.7, 2),
+            std::make_shared<Beta>(2, 3),         std::make_shared<PearsonV>(3, 2),
+            std::make_shared<PearsonVI>(2, 3, 1.5), std::make_shared<Erlang>(4, 2),
+            std::make_shared<HypoExponential>(std::vector<double>{1, 3}),
+            std::make_shared<HyperErlang>(std::vector<unsigned>{2, 1}, std::vector<double>{1, 5},
+                                          std::vector<double>{0.3, 0.7})};
     };
     auto first = makeAll(), second = makeAll();
     for (size_t f = 0; f < first.size(); f++) {
@@ -219,9 +181,7 @@ TEST(DistStream, EqualSeedsGiveEqualVariatesInEveryFamily) {
         second[f]->setSeed(4711);
         for (int i = 0; i < 50; i++) ASSERT_EQ(first[f]->generateVariate(), second[f]->generateVariate()) << f;
     }
-}
-
-TEST(DistStream, UnseededObjectsDrawDifferentSequences) {
+    // Unseeded objects draw different sequences.
     Exponential a(1), b(1);
     bool differ = false;
     for (int i = 0; i < 10; i++) differ |= a.generateVariate() != b.generateVariate();

@@ -1,3 +1,5 @@
+// The distribution as a process: moments, autocorrelations, text forms read
+// back, summary, the tabulated distribution, variates and every failure.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,19 +11,14 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
+#include "dist_helpers.h"
 #include "distributions/dist.h"
 #include "distributions/dist_process.h"
-#include "numerics/matrix.h"
 
 using namespace velmora;
+using disttest::writeFile;
 
 namespace {
-
-std::string writeFile(const std::string& name, const std::string& text) {
-    std::string path = testing::TempDir() + name;
-    std::ofstream(path.c_str(), std::ios::binary) << text;
-    return path;
-}
 
 std::string readFile(const std::string& path) {
     std::ifstream in(path.c_str());
@@ -41,24 +38,18 @@ std::string failure(const std::function<void()>& action) {
 
 }  // namespace
 
-TEST(DistProcess, MomentsStartWithOneAtOrderZeroAndSkipWhatTheFamilyLacks) {
+TEST(DistProcess, MomentsStartWithOneAtOrderZeroAndAutocorrelationsVanish) {
     DistProcess exponential(new Exponential(1));
     EXPECT_EQ(exponential.getMoments(0, 2), (std::vector<double>{1, 1, 2}));
-    DistProcess exponential2(new Exponential(2));
-    EXPECT_EQ(exponential2.getMoments(2, 3), (std::vector<double>{0.5, 0.75}));
+    EXPECT_EQ(DistProcess(new Exponential(2)).getMoments(2, 3), (std::vector<double>{0.5, 0.75}));
     // The normal family has eight moments: order 9 is left out.
-    DistProcess normal(new Normal(0, 1));
-    EXPECT_EQ(normal.getMoments(1, 9).size(), 8u);
+    EXPECT_EQ(DistProcess(new Normal(0, 1)).getMoments(1, 9).size(), 8u);
+    EXPECT_EQ(exponential.getAutocorrelations(0, 3), (std::vector<double>{1, 0, 0, 0}));
+    EXPECT_EQ(exponential.getAutocorrelations(2, 3), (std::vector<double>{0, 0}));
+    EXPECT_TRUE(exponential.getAutocorrelations(3, 2).empty());
 }
 
-TEST(DistProcess, AutocorrelationsAreZeroBeyondLagZero) {
-    DistProcess p(new Exponential(1));
-    EXPECT_EQ(p.getAutocorrelations(0, 3), (std::vector<double>{1, 0, 0, 0}));
-    EXPECT_EQ(p.getAutocorrelations(2, 3), (std::vector<double>{0, 0}));
-    EXPECT_TRUE(p.getAutocorrelations(3, 2).empty());
-}
-
-TEST(DistProcess, KeyValueTextEndsInAnEmptyLineAndReadsBack) {
+TEST(DistProcess, SavedTextsHaveTheirEnvelopeAndReadBack) {
     DistProcess p(new Exponential(2));
     const std::string text = p.toString(FORMAT_CONFIG);
     EXPECT_EQ(text, "model = distribution\ndistribution = exponential\nrate = 2\n\n");
@@ -67,33 +58,24 @@ TEST(DistProcess, KeyValueTextEndsInAnEmptyLineAndReadsBack) {
     EXPECT_EQ(readFile(path), text);
     DistProcess back(path, FORMAT_CONFIG);
     EXPECT_EQ(back.toString(FORMAT_CONFIG), text);
-    EXPECT_EQ(back.getDistribution()->getType(), DIST_EXPONENTIAL);
     EXPECT_EQ(back.getProcessType(), PROCESS_DIST);
     EXPECT_EQ(back.getProcessDescription(), "Dist");
-}
 
-TEST(DistProcess, XmlTextReadsBackInsideTheEnvelope) {
-    DistProcess p(new Gamma(2, 1.5));
-    const std::string path = testing::TempDir() + "dist_process.xml";
-    p.save(path, FORMAT_XML);
-    EXPECT_EQ(readFile(path), "<?xml version=\"1.0\"?>\n<velmora>\n" + p.toString(FORMAT_XML) + "</velmora>\n");
-    DistProcess back(path, FORMAT_XML);
-    EXPECT_EQ(back.toString(FORMAT_XML), p.toString(FORMAT_XML));
-    EXPECT_EQ(back.toString(FORMAT_XML).back(), '\n');
-    EXPECT_DOUBLE_EQ(back.evalCDF(2.5), p.evalCDF(2.5));
-}
+    DistProcess g(new Gamma(2, 1.5));
+    const std::string xmlPath = testing::TempDir() + "dist_process.xml";
+    g.save(xmlPath, FORMAT_XML);
+    EXPECT_EQ(readFile(xmlPath), "<?xml version=\"1.0\"?>\n<velmora>\n" + g.toString(FORMAT_XML) + "</velmora>\n");
+    DistProcess xmlBack(xmlPath, FORMAT_XML);
+    EXPECT_EQ(xmlBack.toString(FORMAT_XML), g.toString(FORMAT_XML));
+    EXPECT_DOUBLE_EQ(xmlBack.evalCDF(2.5), g.evalCDF(2.5));
 
-TEST(DistProcess, ExampleModelIsAGammaDistribution) {
+    // The example model, and a key-value file without the model key.
     XMLConfig doc(std::string(VELMORA_SOURCE_DIR) + "/examples/dist.xml");
-    DistProcess p(&doc);
-    ASSERT_EQ(p.getDistribution()->getType(), DIST_GAMMA);
-    EXPECT_EQ(p.getMoments(1, 1), (std::vector<double>{3}));
-}
-
-TEST(DistProcess, KeyValueFileWithoutModelKeyIsRead) {
-    DistProcess p(writeFile("dist_nomodel.conf", "distribution = normal\nmean = 1\nvar = 4\n"), FORMAT_CONFIG);
-    EXPECT_EQ(p.getDistribution()->getType(), DIST_NORMAL);
-    EXPECT_DOUBLE_EQ(p.getMoments(2, 2)[0], 5.0);
+    DistProcess example(&doc);
+    ASSERT_EQ(example.getDistribution()->getType(), DIST_GAMMA);
+    EXPECT_EQ(example.getMoments(1, 1), (std::vector<double>{3}));
+    DistProcess bare(writeFile("nomodel.conf", "distribution = normal\nmean = 1\nvar = 4\n"), FORMAT_CONFIG);
+    EXPECT_DOUBLE_EQ(bare.getMoments(2, 2)[0], 5.0);
 }
 
 TEST(DistProcess, SummaryHoldsTextMeanAndVarianceInFixedNotation) {
@@ -103,39 +85,33 @@ TEST(DistProcess, SummaryHoldsTextMeanAndVarianceInFixedNotation) {
               "model = distribution\ndistribution = exponential\nrate = 2\n\n\n"
               "mean = 0.500000\nvariance = 0.250000\n");
     EXPECT_EQ(p.getSummary(3, 3, 3), p.getSummary());
-    DistProcess gamma(new Gamma(2, 1.5));
-    EXPECT_EQ(gamma.getSummary().find("Moment "), std::string::npos);
 }
 
 TEST(DistProcess, DistributionGridStartsAboveZeroForExponential) {
     DistProcess p(new Exponential(1));
     Distribution fromZero = p.computeDistribution(0, 10);
-    ASSERT_FALSE(fromZero.cdf.empty());
+    ASSERT_GE(fromZero.cdf.size(), 1000u);
+    EXPECT_LE(fromZero.cdf.size(), 1001u);
     EXPECT_EQ(fromZero.cdf.front().first, 0.0001);
     EXPECT_NEAR(fromZero.cdf[1].first - fromZero.cdf[0].first, (10 - 0.0001) / 1000, 1e-12);
     EXPECT_NEAR(fromZero.cdf.back().first, 10, 0.02);
-    EXPECT_GE(fromZero.cdf.size(), 1000u);
-    EXPECT_LE(fromZero.cdf.size(), 1001u);
     EXPECT_NEAR(fromZero.pdf[0].second, std::exp(-0.0001), 1e-15);
     EXPECT_NEAR(fromZero.ccdf[0].second, std::exp(-0.0001), 1e-15);
     EXPECT_EQ(p.computeDistribution(1, 10).cdf.front().first, 1.0);
     // Other families keep a lower bound of 0.
-    DistProcess gamma(new Gamma(2, 1));
-    EXPECT_EQ(gamma.computeDistribution(0, 10).pdf.front().first, 0.0);
+    EXPECT_EQ(DistProcess(new Gamma(2, 1)).computeDistribution(0, 10).pdf.front().first, 0.0);
 }
 
 TEST(DistProcess, FamilyWithoutCdfGivesZeroPairsOfFullLength) {
-    DistProcess p(new Beta(2, 3));
-    Distribution d = p.computeDistribution(0, 1);
+    Distribution d = DistProcess(new Beta(2, 3)).computeDistribution(0, 1);
     ASSERT_GE(d.pdf.size(), 1000u);
-    EXPECT_EQ(d.cdf.size(), d.pdf.size());
-    EXPECT_EQ(d.ccdf.size(), d.pdf.size());
+    ASSERT_EQ(d.cdf.size(), d.pdf.size());
+    ASSERT_EQ(d.ccdf.size(), d.pdf.size());
     for (std::size_t i = 0; i < d.cdf.size(); ++i) {
         EXPECT_EQ(d.cdf[i], std::make_pair(0.0, 0.0));
         EXPECT_EQ(d.ccdf[i], std::make_pair(0.0, 0.0));
     }
     EXPECT_GT(d.pdf[500].second, 0);
-    EXPECT_EQ(d.pdf[500].first, d.pdf[499].first + 0.001);
 }
 
 // Left to the implementer: equal bounds give one point, a NaN bound none.
@@ -161,8 +137,8 @@ TEST(DistProcess, VariatesAreThoseOfTheSeededFamily) {
 }
 
 TEST(DistProcess, FailuresCarryTheirMessages) {
-    const std::string bad = writeFile("dist_badmodel.conf", "model = arima\ndistribution = exponential\n");
-    const std::string empty = writeFile("dist_empty.conf", "model = distribution\n");
+    const std::string bad = writeFile("badmodel.conf", "model = arima\ndistribution = exponential\n");
+    const std::string empty = writeFile("empty.conf", "model = distribution\n");
     struct Case {
         std::function<void()> action;
         const char* expected;
@@ -187,11 +163,9 @@ TEST(DistProcess, FailuresCarryTheirMessages) {
         {[&] { DistProcess(empty, FORMAT_CONFIG).initRandomNumberGeneration(1); }, "dist: No distribution loaded."},
     };
     for (const Case& c : cases) EXPECT_EQ(failure(c.action), c.expected);
-}
-
-TEST(DistProcess, FailedLoadKeepsTheHeldFamily) {
+    // A failed load keeps the held family.
     DistProcess p(new Exponential(2));
-    Config config(writeFile("dist_badmodel2.conf", "model = map\ndistribution = normal\n"));
+    Config config(writeFile("badmodel2.conf", "model = map\ndistribution = normal\n"));
     EXPECT_THROW(p.load(&config), Exception);
     EXPECT_EQ(p.getDistribution()->getType(), DIST_EXPONENTIAL);
 }
