@@ -27,20 +27,55 @@ Matrix m22() { return Matrix({{1, 2}, {3, 4}}); }
 
 }  // namespace
 
-TEST(Matrix, ConstructorsRefuseInvalidShapes) {
+TEST(Matrix, EveryRefusalCarriesItsMessage) {
+    Matrix m = m22(), r({{1, 2, 3}});
+    Vector row({1, 2}, true), row3({10, 20, 30}, true);
     struct Case {
-        const char* what;
         std::function<void()> f;
         std::string failure;
     } cases[] = {
-        {"zero rows", [] { Matrix(0, 2, MATRIX_ZERO); }, COUNTS},
-        {"zero cols", [] { Matrix(2, 0, MATRIX_ONES); }, COUNTS},
-        {"identity 2x3", [] { Matrix(2, 3, MATRIX_IDENTITY); }, "matrix: Cannot create identity matrix."},
-        {"ragged rows", [] { Matrix({{1, 2}, {3}}); }, NOT_A_MATRIX},
-        {"list too short", [] { Matrix({1, 2, 3}, 2, 2, true); }, "matrix: Invalid matrix dimensions."},
-        {"empty vector", [] { Vector(0, true, VECTOR_ZERO); }, COUNTS},
+        {[] { Matrix(0, 2, MATRIX_ZERO); }, COUNTS},
+        {[] { Matrix(2, 0, MATRIX_ONES); }, COUNTS},
+        {[] { Vector(0, true, VECTOR_ZERO); }, COUNTS},
+        {[] { Matrix(2, 3, MATRIX_IDENTITY); }, "matrix: Cannot create identity matrix."},
+        {[] { Matrix({{1, 2}, {3}}); }, NOT_A_MATRIX},
+        {[] { Matrix({1, 2, 3}, 2, 2, true); }, "matrix: Invalid matrix dimensions."},
+        {[&] { m.resize(0, 3); }, COUNTS},
+        {[&] { m.setDiag({1, 1, 1}); }, "matrix: Invalid number of diagonal elements."},
+        {[&] { m * r; }, "matrix: These Matrices cannot be multiplied."},
+        {[&] { m + r; }, "matrix: These Matrices cannot be added."},
+        {[&] { m - r; }, "matrix: These Matrices cannot be subtracted."},
+        {[&] { r ^ 2; }, "matrix: Operation not permitted."},
+        {[] { Matrix() ^ 1; }, "matrix: Operation not permitted."},
+        {[] { Matrix({{1, 2}, {2, 4}}) ^ -1; }, "misc_linalg: Singular matrix."},
+        {[&] { row * row; }, "matrix: Cannot multiply vectors."},
+        {[&] { m * row; }, "matrix: These Matrices cannot be multiplied."},
+        {[&] { row + row.transpose(); }, "matrix: Cannot add vectors."},
+        {[&] { row - row.transpose(); }, "matrix: Cannot add vectors."},
+        {[&] { row3 + row; }, INDEX},  // sums run over the left operand
+        {[&] { row3.setSubvector(2, row); }, "matrix: Invalid vector index."},
     };
-    for (const Case& c : cases) EXPECT_EQ(failureOf(c.f), c.failure) << c.what;
+    int n = 0;
+    for (const Case& c : cases) EXPECT_EQ(failureOf(c.f), c.failure) << "case " << n++;
+    EXPECT_EQ(m, m22());  // failures leave the operand unchanged
+}
+
+TEST(Matrix, IndexChecksGuardEveryAccess) {
+    Matrix m = m22();
+    Matrix empty;
+    Vector col({1, 2, 3}, false);
+    std::function<void()> cases[] = {
+        [&] { m.getValue(2, 0); }, [&] { m.getValue(0, 2); }, [&] { m.setValue(2, 0, 1); },
+        [&] { m.addValue(0, 5, 1); }, [&] { m(-1, 0); }, [&] { m(2u, 0u); }, [&] { m[-1]; },
+        [&] { m[std::size_t(2)]; }, [&] { m.getRowSum(2); }, [&] { m.getCol(2); },
+        [&] { m.setRow(0, std::vector<double>{1, 2, 3}); }, [&] { m.setCol(2, std::vector<double>{1, 2}); },
+        [&] { m.setRow(0, empty); }, [&] { m.getSubmatrix(1, 0, 0, 1); }, [&] { m.getSubmatrix(0, 1, 1, 2); },
+        [&] { m.setSubmatrix(1, 1, m22()); }, [&] { empty.getSmallestValueAbs(); },
+        [&] { empty.getLargestValueDiag(); }, [&] { col[3]; }, [&] { col(-1); }, [&] { col.setValue(3, 1); },
+    };
+    int n = 0;
+    for (auto& f : cases) EXPECT_EQ(failureOf(f), INDEX) << "case " << n++;
+    EXPECT_EQ(m, m22());
 }
 
 TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
@@ -48,7 +83,6 @@ TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
     EXPECT_EQ(Matrix(1, 3, MATRIX_ONES), Matrix({{1, 1, 1}}));
     EXPECT_EQ(Matrix({1, 2, 3, 4, 5, 6}, 2, 3, true), Matrix({{1, 2, 3}, {4, 5, 6}}));
     EXPECT_EQ(Matrix({1, 2, 3, 4, 5, 6}, 2, 3, false), Matrix({{1, 3, 5}, {2, 4, 6}}));
-    EXPECT_EQ(Matrix({1, 2}, MATRIX_ROW), Matrix({{1, 2}}));
     EXPECT_EQ(Matrix({1, 2}, MATRIX_COLUMN), Matrix({{1}, {2}}));
     EXPECT_EQ(Matrix({1, 2}, MATRIX_DIAGONAL), Matrix({{1, 0}, {0, 2}}));
 }
@@ -102,23 +136,6 @@ TEST(Matrix, ConfigGetterReadsMultiLineValues) {
     EXPECT_EQ(failureOf([&] { config.getValueAsMatrix("D0"); }), "conf: Key D0 does not exist.");
 }
 
-TEST(Matrix, IndexChecksGuardEveryAccess) {
-    Matrix m = m22();
-    Matrix empty;
-    std::function<void()> cases[] = {
-        [&] { m.getValue(2, 0); }, [&] { m.getValue(0, 2); }, [&] { m.setValue(2, 0, 1); },
-        [&] { m.addValue(0, 5, 1); }, [&] { m(-1, 0); }, [&] { m(2u, 0u); }, [&] { m[-1]; },
-        [&] { m[std::size_t(2)]; }, [&] { m.getRowSum(2); }, [&] { m.getCol(2); },
-        [&] { m.setRow(0, std::vector<double>{1, 2, 3}); }, [&] { m.setCol(2, std::vector<double>{1, 2}); },
-        [&] { m.setRow(0, empty); }, [&] { m.getSubmatrix(1, 0, 0, 1); }, [&] { m.getSubmatrix(0, 1, 1, 2); },
-        [&] { m.setSubmatrix(1, 1, m22()); }, [&] { empty.getSmallestValueAbs(); },
-        [&] { empty.getLargestValueDiag(); },
-    };
-    int n = 0;
-    for (auto& f : cases) EXPECT_EQ(failureOf(f), INDEX) << "case " << n++;
-    EXPECT_EQ(m, m22());  // failures leave the operand unchanged
-}
-
 TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
     Matrix m({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
     EXPECT_EQ(m.getSubmatrix(1, 2, 0, 1), Matrix({{4, 5}, {7, 8}}));
@@ -131,20 +148,16 @@ TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
     EXPECT_EQ(m, Matrix({{1.5, 2, 3}, {4, -1, 60}, {70, -2, 9}}));
     m.setRow(0, Matrix({{7, 7, 7}, {0, 0, 0}}));
     m.setCol(2, Matrix({{1, 9}, {2, 9}, {3, 9}}));
-    EXPECT_EQ(m, Matrix({{7, 7, 1}, {4, -1, 2}, {70, -2, 3}}));
-    // A shorter list overwrites the leading entries only.
-    m.setRow(1, std::vector<double>{0});
-    EXPECT_EQ(m.getRow(1), (std::vector<double>{0, -1, 2}));
+    m.setRow(1, std::vector<double>{0});  // a shorter list overwrites the leading entries only
+    EXPECT_EQ(m, Matrix({{7, 7, 1}, {0, -1, 2}, {70, -2, 3}}));
     m.setDiag({1, 1, 1});
     EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 1, 1}));
-    EXPECT_EQ(failureOf([&] { m.setDiag({1, 1}); }), "matrix: Invalid number of diagonal elements.");
 
     Matrix r = m22();
     r.resize(3, 1);
     EXPECT_EQ(r, Matrix({{1}, {3}, {0}}));
     r.resize(2, 3);
     EXPECT_EQ(r, Matrix({{1, 0, 0}, {3, 0, 0}}));
-    EXPECT_EQ(failureOf([&] { r.resize(0, 3); }), COUNTS);
 }
 
 TEST(Matrix, ScalarQueries) {
@@ -178,7 +191,7 @@ TEST(Matrix, SubgeneratorTestHasNoTolerance) {
     for (const Case& c : cases) EXPECT_EQ(c.m.isSubgeneratorMatrix(), c.expected) << c.m.toString(6);
 }
 
-TEST(Matrix, WholeMatrixOperations) {
+TEST(Matrix, WholeMatrixOperationsAndPowers) {
     Matrix m = m22();
     EXPECT_EQ(m.downshift(), Matrix({{0, 0}, {1, 2}}));
     EXPECT_EQ(Matrix({{1, 2, 3}}).transpose(), Matrix({{1}, {2}, {3}}));
@@ -189,26 +202,16 @@ TEST(Matrix, WholeMatrixOperations) {
     EXPECT_EQ(m * m, Matrix({{7, 10}, {15, 22}}));
     EXPECT_FALSE(m == Matrix({{1, 2}}));
     EXPECT_FALSE(m == Matrix({{1, 2}, {3, 4.000000000000001}}));
-
     Matrix small({{0.5, -0.49}, {-0.5, 1e-9}});
     small.eliminateSmallValues(0.5);
     EXPECT_EQ(small, Matrix({{0.5, 0}, {-0.5, 0}}));
 
-    Matrix r({{1, 2, 3}});
-    EXPECT_EQ(failureOf([&] { m * r; }), "matrix: These Matrices cannot be multiplied.");
-    EXPECT_EQ(failureOf([&] { m + r; }), "matrix: These Matrices cannot be added.");
-    EXPECT_EQ(failureOf([&] { m - r; }), "matrix: These Matrices cannot be subtracted.");
-}
-
-TEST(Matrix, PowersMultiplyFromTheRightAndInvertForNegativeExponents) {
-    Matrix m({{2, 1}, {1, 1}});
-    EXPECT_EQ(m ^ 0, Matrix(2, 2, MATRIX_IDENTITY));
-    EXPECT_EQ(m ^ 3, m * m * m);
-    EXPECT_EQ(m ^ -2, Matrix({{2, -3}, {-3, 5}}));
-    EXPECT_EQ(m.inverse(), Matrix({{1, -1}, {-1, 2}}));
-    EXPECT_EQ(failureOf([] { Matrix({{1, 2}}) ^ 2; }), "matrix: Operation not permitted.");
-    EXPECT_EQ(failureOf([] { Matrix() ^ 1; }), "matrix: Operation not permitted.");
-    EXPECT_EQ(failureOf([] { Matrix({{1, 2}, {2, 4}}) ^ -1; }), "misc_linalg: Singular matrix.");
+    // Powers multiply from the right and invert for negative exponents.
+    Matrix p({{2, 1}, {1, 1}});
+    EXPECT_EQ(p ^ 0, Matrix(2, 2, MATRIX_IDENTITY));
+    EXPECT_EQ(p ^ 3, p * p * p);
+    EXPECT_EQ(p ^ -2, Matrix({{2, -3}, {-3, 5}}));
+    EXPECT_EQ(p.inverse(), Matrix({{1, -1}, {-1, 2}}));
 }
 
 TEST(Matrix, ProductIsBitIdenticalToThePlainTripleLoop) {
@@ -238,28 +241,21 @@ TEST(Matrix, ProductIsBitIdenticalToThePlainTripleLoop) {
     EXPECT_EQ(r.getValue(0, 0), 0.0);  // (1e16 + 1) - 1e16 in this order
 }
 
-TEST(Vector, ConstructionOrientationAndSingleIndexAccess) {
+TEST(Vector, OrientationSingleIndexAccessAndScalarArithmetic) {
     EXPECT_FALSE(Vector().isRowVector());
-    Vector ones(3, true, VECTOR_ONES);
-    EXPECT_EQ(ones.toMatrix(), Matrix({{1, 1, 1}}));
+    EXPECT_EQ(Vector(3, true, VECTOR_ONES).toMatrix(), Matrix({{1, 1, 1}}));
     Vector col({1, 2, 3}, false);
     EXPECT_EQ(col.toMatrix(), Matrix({{1}, {2}, {3}}));
     col[1] = 5;  // the brackets give the entry, not a row
     col(2) += 1;
     col.addValue(0, 0.5);
     EXPECT_EQ(col.asVector(), (std::vector<double>{1.5, 5, 4}));
-    EXPECT_EQ(failureOf([&] { col[3]; }), INDEX);
-    EXPECT_EQ(failureOf([&] { col(-1); }), INDEX);
-    EXPECT_EQ(failureOf([&] { ones.setValue(3, 1); }), INDEX);
-
     Vector t = col.transpose();
     EXPECT_TRUE(t.isRowVector());
     EXPECT_EQ(t.asVector(), col.asVector());
     EXPECT_FALSE(t == col);  // orientation counts
     EXPECT_EQ(t.toString(6), "1.5 5 4 \n");
-}
 
-TEST(Vector, ScalarArithmeticNormalizeAndSubvector) {
     Vector v({1, -2}, true);
     EXPECT_EQ(1.0 + v, Vector({2, -1}, true));
     EXPECT_EQ(3.0 * v, Vector({3, -6}, true));
@@ -270,7 +266,6 @@ TEST(Vector, ScalarArithmeticNormalizeAndSubvector) {
     Vector s(4, false, VECTOR_ZERO);
     s.setSubvector(2, Vector({7, 8}, true));
     EXPECT_EQ(s.asVector(), (std::vector<double>{0, 0, 7, 8}));
-    EXPECT_EQ(failureOf([&] { s.setSubvector(3, Vector({7, 8}, false)); }), "matrix: Invalid vector index.");
 }
 
 TEST(Vector, ProductsAndSumsWithMatricesAndVectors) {
@@ -283,14 +278,8 @@ TEST(Vector, ProductsAndSumsWithMatricesAndVectors) {
     EXPECT_EQ(Matrix({{3}, {4}}) * Vector({1, 2}, true), Vector({3, 6}, true));
     EXPECT_EQ(row * col, Matrix({{2}}));
     EXPECT_EQ(Vector({1, 2}, false) * Vector({3, 4}, true), Matrix({{3, 4}, {6, 8}}));
-    EXPECT_EQ(failureOf([&] { row * row; }), "matrix: Cannot multiply vectors.");
-    EXPECT_EQ(failureOf([&] { m * row; }), "matrix: These Matrices cannot be multiplied.");
-
     // Sums run over the left operand.
     Vector a({1, 2}, true), b({10, 20, 30}, true);
     EXPECT_EQ(a + b, Vector({11, 22}, true));
     EXPECT_EQ(a - b, Vector({-9, -18}, true));
-    EXPECT_EQ(failureOf([&] { b + a; }), INDEX);
-    EXPECT_EQ(failureOf([&] { a + a.transpose(); }), "matrix: Cannot add vectors.");
-    EXPECT_EQ(failureOf([&] { a - a.transpose(); }), "matrix: Cannot add vectors.");
 }

@@ -58,14 +58,6 @@ struct HashProbe : MTRand {
     HashProbe() : MTRand(1UL) {}
     using MTRand::hash;
 };
-
-std::uint32_t firstFourBytes(const void* p) {
-    unsigned char bytes[4];
-    std::memcpy(bytes, p, 4);
-    std::uint32_t h = 0;
-    for (unsigned char b : bytes) h = h * 257U + b;
-    return h;
-}
 }  // namespace
 
 TEST(MTRand, RandScalesTheWordOntoTheClosedUnitInterval) {
@@ -84,10 +76,15 @@ TEST(MTRand, RandScalesTheWordOntoTheClosedUnitInterval) {
 TEST(MTRand, HashFoldsTheBytesOfTimeAndClockWithACounter) {
     const std::time_t t = static_cast<std::time_t>(0x5A0B1C2DL);
     const std::clock_t c = static_cast<std::clock_t>(0x01020304L);
-    const std::uint32_t h1 = firstFourBytes(&t);
-    const std::uint32_t h2 = firstFourBytes(&c);
-    const std::uint32_t first = HashProbe::hash(t, c);
-    const std::uint32_t differ = (first ^ h2) - h1;
+    auto firstFourBytes = [](const void* p) {
+        unsigned char bytes[4];
+        std::memcpy(bytes, p, 4);
+        std::uint32_t h = 0;
+        for (unsigned char b : bytes) h = h * 257U + b;
+        return h;
+    };
+    const std::uint32_t h1 = firstFourBytes(&t), h2 = firstFourBytes(&c);
+    const std::uint32_t differ = (HashProbe::hash(t, c) ^ h2) - h1;
     EXPECT_EQ(HashProbe::hash(t, c), (h1 + differ + 1U) ^ h2);
     EXPECT_EQ(HashProbe::hash(t, 0), h1 + differ + 2U);
 }
@@ -95,8 +92,7 @@ TEST(MTRand, HashFoldsTheBytesOfTimeAndClockWithACounter) {
 TEST(MTRand, CopiesContinueTheSameStreamAndSystemSeedsDiffer) {
     MTRand a(7UL);
     for (int i = 0; i < 700; ++i) a.randInt();
-    MTRand b(a);
-    MTRand c(1UL);
+    MTRand b(a), c(1UL);
     c = a;
     for (int i = 0; i < 1000; ++i) {
         const unsigned long w = a.randInt();
@@ -115,8 +111,7 @@ struct VariateCase {
     std::string name;
     std::function<double(Rand&)> draw;
     std::vector<double> quintiles;  // the 20 %, 40 %, 60 % and 80 % quantiles
-    double mean;
-    double variance;
+    double mean, variance;
 };
 
 // Quantiles (to six digits), means and variances from scipy.stats (ppf, mean,
