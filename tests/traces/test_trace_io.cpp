@@ -8,92 +8,46 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <limits>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "config/conf.h"
-#include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
+#include "trace_helpers.h"
 #include "traces/trace.h"
 
 using velmora::Trace;
+using namespace trace_test;
 
 namespace {
-
-std::string tempPath(const std::string& name) { return ::testing::TempDir() + "velmora_trace_io_" + name; }
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-void writeFile(const std::string& path, const std::string& text) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << text;
-}
-
-std::vector<double> contents(Trace& trace) {
-    std::vector<double> v;
-    for (unsigned i = 0; i < trace.getSize(); ++i) v.push_back(trace.getElement(i));
-    return v;
-}
-
-// The message of the Exception that `f` raises, with its source name in front.
-template <typename F>
-std::string failureOf(F f) {
-    try {
-        f();
-    } catch (velmora::Exception& e) {
-        return e.file + ": " + e.message;
-    }
-    return "no failure";
-}
 
 bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 }  // namespace
 
-TEST(Trace, SaveKeepsSixSignificantDigits) {
-    std::string path = tempPath("six");
-    Trace trace(std::vector<double>{1234.56789});
-    trace.save(path, false);
-    EXPECT_EQ(readFile(path), "1234.57\n");
-    Trace back(path, false);
-    ASSERT_EQ(back.getSize(), 1u);
-    EXPECT_EQ(back.getElement(0), 1234.57);
-}
-
-TEST(Trace, CountedEmptyTraceIsTheSingleLineZero) {
-    std::string path = tempPath("empty");
-    Trace().save(path, true);
-    EXPECT_EQ(readFile(path), "0\n");
-    Trace back(path, true);
-    EXPECT_EQ(back.getSize(), 0u);
-}
-
-TEST(Trace, SavedFilesReadBackInBothLayouts) {
-    std::vector<double> values = {0.0, -2.5, 1e-7, 3.14159265358979, -1.0e22, 123456789.0, 42.0, 6.02214076e23};
+TEST(Trace, SavedFilesKeepSixDigitsAndReadBackInBothLayouts) {
+    std::vector<double> values = {1234.56789, 0.0, -2.5, 1e-7, 3.14159265358979, -1.0e22, 123456789.0, 6.02214076e23};
+    const std::string text = "1234.57\n0\n-2.5\n1e-07\n3.14159\n-1e+22\n1.23457e+08\n6.02214e+23\n";
+    EXPECT_EQ(Trace(values).toString(velmora::FORMAT_CONFIG), text);
     for (bool counted : {false, true}) {
-        std::string path = tempPath(counted ? "rt_counted" : "rt_plain");
+        std::string path = tempPath(counted ? "counted" : "plain");
         Trace(values).save(path, counted);
-        if (counted) {
-            EXPECT_EQ(readFile(path).substr(0, 2), "8\n");
-        }
+        EXPECT_EQ(readFile(path), (counted ? "8\n" : "") + text);
         Trace back(path, counted);
         ASSERT_EQ(back.getSize(), values.size());
+        EXPECT_EQ(back.getElement(0), 1234.57);
         for (std::size_t i = 0; i < values.size(); ++i)
             EXPECT_NEAR(back.getElement(i), values[i], 5e-6 * std::fabs(values[i])) << i;
     }
-    Trace trace(values);
-    EXPECT_EQ(trace.toString(velmora::FORMAT_CONFIG),
-              "0\n-2.5\n1e-07\n3.14159\n-1e+22\n1.23457e+08\n42\n6.02214e+23\n");
+    // A counted empty trace is the single line 0.
+    std::string path = tempPath("empty");
+    Trace().save(path, true);
+    EXPECT_EQ(readFile(path), "0\n");
+    EXPECT_EQ(Trace(path, true).getSize(), 0u);
     EXPECT_EQ(Trace(std::vector<double>{1, 2.5}).toString(std::string(", ")), "1, 2.5, ");
 }
 
@@ -112,7 +66,6 @@ TEST(Trace, ReadingRulesForLinesAndLayouts) {
         {"# comment\n3\n5\n6\n", true, {3.0, 5.0, 6.0}},
         {"99\n7\n", true, {7.0}},                     // a wrong count does no harm
         {"", true, {}},
-        {"0\n", true, {}},
         {"1\n2", false, {1.0, 2.0}},                  // no line feed at the end
         {"   \n", false, {0.0}},                      // blanks alone read as 0
         {"\t7 8\n+3\n-.5\n5.\nabc\n1.5e\n1e3x\n0x10\n", false, {7.0, 3.0, -0.5, 5.0, 0.0, 0.0, 1000.0, 0.0}},
@@ -123,59 +76,31 @@ TEST(Trace, ReadingRulesForLinesAndLayouts) {
         std::string path = tempPath("rules");
         writeFile(path, c.text);
         Trace trace(path, c.counted);
-        EXPECT_EQ(contents(trace), c.expected) << "text: " << c.text << " counted: " << c.counted;
+        EXPECT_EQ(contentsOf(trace), c.expected) << "text: " << c.text << " counted: " << c.counted;
     }
 }
 
 TEST(Trace, LoadFromConfiguration) {
     std::string path = tempPath("conf");
     writeFile(path, "2\n10\n20\n");
-
-    velmora::Config plain;
-    plain.setValue("trace", path, true);
-    EXPECT_EQ(contents(*std::make_unique<Trace>(&plain)), (std::vector<double>{2, 10, 20}));
-
-    velmora::Config counted;
-    counted.setValue("model", "trace", true);
-    counted.setValue("trace", path, true);
-    counted.setValue("traceformat", "1", true);
-    EXPECT_EQ(contents(*std::make_unique<Trace>(&counted)), (std::vector<double>{10, 20}));
-
-    velmora::Config notOne;
-    notOne.setValue("trace", path, true);
-    notOne.setValue("traceformat", "true", true);  // only the text "1" selects the counted layout
-    EXPECT_EQ(Trace(&notOne).getSize(), 3u);
-
-    velmora::Config other;
-    other.setValue("model", "Trace", true);
-    other.setValue("trace", path, true);
-    EXPECT_EQ(failureOf([&] { Trace t(&other); }), "trace: Not a Trace.");
-
-    velmora::Config missing;
-    EXPECT_EQ(failureOf([&] { Trace t(&missing); }), "trace: No trace data given.");
+    auto load = [&](std::vector<std::pair<std::string, std::string>> entries) {
+        velmora::Config config;
+        for (const auto& e : entries) config.setValue(e.first, e.second == "<path>" ? path : e.second, true);
+        Trace trace(&config);
+        return contentsOf(trace);
+    };
+    EXPECT_EQ(load({{"trace", "<path>"}}), (std::vector<double>{2, 10, 20}));
+    EXPECT_EQ(load({{"model", "trace"}, {"trace", "<path>"}, {"traceformat", "1"}}), (std::vector<double>{10, 20}));
+    // Only the text "1" selects the counted layout.
+    EXPECT_EQ(load({{"trace", "<path>"}, {"traceformat", "true"}}).size(), 3u);
+    EXPECT_EQ(failureOf([&] { load({{"model", "Trace"}, {"trace", "<path>"}}); }), "trace: Not a Trace.");
+    EXPECT_EQ(failureOf([&] { load({}); }), "trace: No trace data given.");
 }
 
-TEST(Trace, FailuresAndTheirMessages) {
+TEST(Trace, ReplayIsACursorThatOnlyInitializationResetsAndFailures) {
     Trace trace(std::vector<double>{1.0, 2.0});
-    EXPECT_EQ(failureOf([&] { trace.getElement(2); }), "trace: Invalid trace element.");
-    EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }),
-              "trace: Initialize Random Number Generation first.");
-    EXPECT_EQ(failureOf([&] { trace.computeLikelihood(&trace); }), "trace: Not implemented.");
-    EXPECT_EQ(failureOf([&] { trace.save(::testing::TempDir(), false); }), "trace: Cannot open file.");
-
-    // The old contents go even when the file cannot be opened.
-    EXPECT_EQ(failureOf([&] { trace.load(tempPath("does/not/exist"), false); }), "trace: Cannot open file.");
-    EXPECT_EQ(trace.getSize(), 0u);
-
-    Trace empty;
-    empty.initRandomNumberGeneration(1);
-    EXPECT_EQ(failureOf([&] { empty.getNextRandomVariate(); }), "trace: End of trace reached.");
-}
-
-TEST(Trace, ReplayIsACursorThatOnlyInitializationResets) {
-    Trace trace(std::vector<double>{1.0, 2.0});
-    EXPECT_EQ(trace.getProcessType(), velmora::PROCESS_TRACE);
     EXPECT_EQ(trace.getProcessDescription(), "Trace");
+    EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }), "trace: Initialize Random Number Generation first.");
     trace.initRandomNumberGeneration(99);
     EXPECT_EQ(trace.getNextRandomVariate(), 1.0);
     trace.appendElement(3.0);
@@ -184,6 +109,15 @@ TEST(Trace, ReplayIsACursorThatOnlyInitializationResets) {
     EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }), "trace: End of trace reached.");
     trace.initRandomNumberGeneration(0);
     EXPECT_EQ(trace.getNextRandomVariate(), 1.0);
+
+    EXPECT_EQ(failureOf([&] { trace.getElement(3); }), "trace: Invalid trace element.");
+    EXPECT_EQ(failureOf([&] { trace.computeLikelihood(&trace); }), "trace: Not implemented.");
+    EXPECT_EQ(failureOf([&] { trace.save(::testing::TempDir(), false); }), "trace: Cannot open file.");
+    // The old contents go even when the file cannot be opened.
+    EXPECT_EQ(failureOf([&] { trace.load(tempPath("does/not/exist"), false); }), "trace: Cannot open file.");
+    EXPECT_EQ(trace.getSize(), 0u);
+    trace.initRandomNumberGeneration(1);
+    EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }), "trace: End of trace reached.");
 }
 
 // The writer must give what stream insertion gives, byte for byte, over all
