@@ -80,14 +80,11 @@ TEST(ARIMA, FractionalNoiseAutocorrelationsAreTheRunningProduct) {
 }
 
 TEST(ARIMA, StationarityLooksAtTheARRootsOnly) {
-    const struct {
-        std::vector<double> ar;
-        bool stationary;
-    } cases[] = {
+    const std::pair<std::vector<double>, bool> cases[] = {
         {{}, true}, {{0.5}, true}, {{1.0}, false},  // root on the unit circle: the comparison is strict
         {{0.5, 0.3}, true}, {{0.5, 0.6}, false}, {{0.4, -0.2, 0.1}, true},
     };
-    for (const auto& c : cases) EXPECT_EQ(model(c.ar, {0.9, 3.0}).isStationary(), c.stationary) << c.ar.size();
+    for (const auto& c : cases) EXPECT_EQ(model(c.first, {0.9, 3.0}).isStationary(), c.second) << c.first.size();
     // A zero last coefficient leaves the polynomial without its leading term.
     std::string message = failure([] { model({0.5, 0.0}, {}).isStationary(); });
     EXPECT_NE(message.find("Leading coefficient must not be zero."), std::string::npos) << message;
@@ -127,10 +124,7 @@ TEST(ARIMA, OperationsRefuseWhatTheModelCannotDo) {
     ARIMA integrated = model({0.5}, {0.2}, 1.0, 1.0);
     ARIMA plain = model({0.5}, {0.2});
     const std::string distribution = "arima: Computation of distribution only supported for ARMA processes.";
-    const struct {
-        std::function<void()> action;
-        std::string message;
-    } cases[] = {
+    const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] { integrated.computeAutocovariances(3); },
          "arima: Computation of autocovariance is only implemented for ARMA models."},
         {[&] { integrated.compute_mean_and_variance(); }, distribution},
@@ -146,7 +140,7 @@ TEST(ARIMA, OperationsRefuseWhatTheModelCannotDo) {
         {[&] { plain.toString(static_cast<format>(2)); }, "arima: Output format is not supported for ARMA models."},
         {[&] { plain.load("unused", static_cast<format>(2)); }, "arima: Format not supported!"},
     };
-    for (const auto& c : cases) EXPECT_EQ(failure(c.action), c.message);
+    for (const auto& c : cases) EXPECT_EQ(failure(c.first), c.second);
 }
 
 TEST(ARIMA, GeneratorFollowsTheWarmStartAndTheStateUpdateExactly) {
@@ -166,11 +160,6 @@ TEST(ARIMA, GeneratorFollowsTheWarmStartAndTheStateUpdateExactly) {
         e = {shock, e[0]};
         EXPECT_EQ(m.getNextRandomVariate(), value + mu) << "step " << t;
     }
-    // A new preparation with the same seed restarts the stream.
-    m.initRandomNumberGeneration(2024);
-    ARIMA twin(m);
-    twin.initRandomNumberGeneration(2024);
-    for (int t = 0; t < 5; ++t) EXPECT_EQ(m.getNextRandomVariate(), twin.getNextRandomVariate());
 }
 
 TEST(ARIMA, WhiteNoiseTakesOneNormalDrawPerValueAndTheMeanOfTheCurrentCoefficients) {
