@@ -167,16 +167,6 @@ TEST(Mvbvu, MatchesBivariateNormalUpperProbability) {
         EXPECT_NEAR(mvbvu(c.h, c.k, c.r), c.expected, 1e-13) << "h = " << c.h << ", k = " << c.k << ", r = " << c.r;
 }
 
-TEST(Mvbvu, ClosedFormsAtTheOrigin) {
-    EXPECT_EQ(mvbvu(0, 0, 0), 0.25);
-    EXPECT_NEAR(mvbvu(0, 0, 0.5), 1.0 / 3.0, 1e-16);
-    EXPECT_NEAR(mvbvu(0, 0, -0.5), 1.0 / 6.0, 1e-16);
-    // Sheppard's formula 1/4 + asin(r)/(2 pi), in the branch for |r| near 1.
-    EXPECT_NEAR(mvbvu(0, 0, 0.95), 0.25 + std::asin(0.95) / (4 * std::acos(0.0)), 1e-15);
-    EXPECT_NEAR(mvbvu(0, 0, 1), 0.5, 1e-15);
-    EXPECT_EQ(mvbvu(0, 0, -1), 0.0);
-}
-
 TEST(Mvbvn, LimitTypesSelectTheirRectangle) {
     // Lower limits (-0.3, 0.2), upper limits (1.1, 0.9), correlation 0.6.
     // References: the probabilities of the intended regions, from the mpmath
