@@ -28,8 +28,6 @@ inline std::string failure(const std::function<void()>& f, const std::string& so
     } catch (velmora::Exception& e) {
         EXPECT_EQ(e.file, source) << e.message;
         return e.message;
-    } catch (...) {
-        return "(other exception)";
     }
     return "(no exception)";
 }

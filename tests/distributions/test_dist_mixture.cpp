@@ -16,33 +16,22 @@
 using namespace velmora;
 using disttest::failure;
 
-namespace {
-
-const std::vector<unsigned> hePhases = {2, 1, 3};
-const std::vector<double> heRates = {1, 5, 2.5};
-const std::vector<double> heProbabilities = {0.3, 0.5, 0.2};
-
-}  // namespace
-
 TEST(DistMixture, PhaseTypeFormsHaveTheFamilysMomentsAndLayout) {
     Erlang erlang(4, 1.5);
     HypoExponential hypo({0.5, 3, 1.25});
-    HyperErlang hyper(hePhases, heRates, heProbabilities);
-    struct Case {
-        CPH cph;
-        std::vector<double> moments;
-        unsigned order;
+    HyperErlang hyper({2, 1, 3}, {1, 5, 2.5}, {0.3, 0.5, 0.2});
+    const std::pair<CPH, std::vector<double>> cases[] = {
+        {erlang.asCPH(), erlang.getProperties(4).moments},
+        {hypo.asCPH(), hypo.getProperties(4).moments},
+        {hyper.asCPH(), hyper.getProperties(4).moments},
     };
-    const Case cases[] = {
-        {erlang.asCPH(), erlang.getProperties(4).moments, 4},
-        {hypo.asCPH(), hypo.getProperties(4).moments, 3},
-        {hyper.asCPH(), hyper.getProperties(4).moments, 6},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.cph.getOrder(), c.order);
-        EXPECT_TRUE(c.cph.valid_ph());
-        std::vector<double> m = c.cph.getMoments(1, 4);
-        for (int i = 0; i < 4; i++) EXPECT_NEAR(m[i] / c.moments[i], 1, 1e-12) << c.order << " " << i;
+    const unsigned orders[] = {4, 3, 6};
+    for (int f = 0; f < 3; f++) {
+        const CPH& cph = cases[f].first;
+        EXPECT_EQ(cph.getOrder(), orders[f]);
+        EXPECT_TRUE(cph.valid_ph());
+        std::vector<double> m = cph.getMoments(1, 4);
+        for (int i = 0; i < 4; i++) EXPECT_NEAR(m[i] / cases[f].second[i], 1, 1e-12) << f << " " << i;
     }
 
     // The hyper-Erlang puts its branches on the diagonal.

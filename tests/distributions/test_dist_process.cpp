@@ -49,8 +49,6 @@ TEST(DistProcess, SavedTextsHaveTheirEnvelopeAndReadBack) {
     EXPECT_EQ(readFile(path), text);
     DistProcess back(path, FORMAT_CONFIG);
     EXPECT_EQ(back.toString(FORMAT_CONFIG), text);
-    EXPECT_EQ(back.getProcessType(), PROCESS_DIST);
-    EXPECT_EQ(back.getProcessDescription(), "Dist");
 
     DistProcess g(new Gamma(2, 1.5));
     const std::string xmlPath = testing::TempDir() + "dist_process.xml";
