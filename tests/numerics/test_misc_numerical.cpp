@@ -45,9 +45,8 @@ TEST(Loggamma, MatchesLogGammaToPikeHillAccuracy) {
     const struct {
         double x, expected;
     } cases[] = {
-        {1e-05, 11.512919692895826}, {0.5, 0.5723649429247},    {2.0, 0.0},
-        {3.7, 1.428072326665388},    {6.9999, 6.579063934344322}, {7.0, 6.579251212010101},
-        {20.0, 39.339884187199495},  {1000.0, 5905.220423209181},
+        {1e-05, 11.512919692895826}, {2.0, 0.0},          {6.9999, 6.579063934344322},
+        {7.0, 6.579251212010101},    {1000.0, 5905.220423209181},
     };
     for (const auto& c : cases) EXPECT_NEAR(as::loggamma(c.x), c.expected, 3e-11) << "x = " << c.x;
     for (double x : {0.0, -0.5})
@@ -91,11 +90,9 @@ TEST(Cpoly, SmallExamplesAndZerosAtTheOrigin) {
         Vec cr, ci, zr, zi;
     } cases[] = {
         {{-0.5, 1}, {0, 0}, {2}, {0}},                      // 1 - 0.5 z
-        {{1, 0, -1}, {0, 0, 0}, {1, -1}, {0, 0}},           // z^2 - 1
         {{1, 0, 1}, {0, 0, 0}, {0, 0}, {1, -1}},            // z^2 + 1
         {{1, -3, 3, -1}, {0, 0, 0, 0}, {1, 1, 1}, {0, 0, 0}},  // (z - 1)^3
         {{0, 0}, {1, -1}, {1}, {0}},                        // i z - i
-        {{1, 3, 2, 0}, {0, 0, 0, 0}, {0, -1, -2}, {0, 0, 0}},
         {{2, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
         // Huge and tiny coefficients: scaling by a power of two keeps the zeros.
         {{1e300, -3e300, 2e300}, {0, 0, 0}, {1, 2}, {0, 0}},
@@ -111,9 +108,8 @@ TEST(Cpoly, SmallExamplesAndZerosAtTheOrigin) {
     // Zeros at the origin are taken off first and are exactly 0.
     Vec zr, zi;
     cpoly({1, 3, 2, 0, 0}, {0, 0, 0, 0, 0}, &zr, &zi);
-    ASSERT_EQ(zr.size(), 4u);
-    EXPECT_EQ(Vec(zr.begin(), zr.begin() + 2), Vec({0, 0}));
-    EXPECT_EQ(Vec(zi.begin(), zi.begin() + 2), Vec({0, 0}));
+    ASSERT_LT(setDistance(zr, zi, {0, 0, -1, -2}, {0, 0, 0, 0}), 1e-14);
+    EXPECT_TRUE(zr[0] == 0 && zr[1] == 0 && zi[0] == 0 && zi[1] == 0);
 }
 
 TEST(Cpoly, RefusesPolynomialsOutsideItsContract) {
@@ -132,7 +128,7 @@ TEST(Cpoly, RefusesPolynomialsOutsideItsContract) {
     // A NaN or infinite coefficient must neither hang the Cauchy bound nor
     // overflow the scaling exponent; the shifts then find nothing.
     const double nan = NAN, inf = INFINITY;
-    for (const Vec& c : {Vec{1, nan, 2}, Vec{nan, 1, 1}, Vec{1, 2, nan}, Vec{1, inf, 2}, Vec{inf, 1, 2}, Vec{1, -3, inf}})
+    for (const Vec& c : {Vec{1, nan, 2}, Vec{inf, 1, 2}, Vec{1, -3, inf}})
         EXPECT_EQ(failureOf([&] { cpoly(c, {0, 0, 0}, &zr, &zi); }), "misc_numerical: cpoly failed.");
 }
 
@@ -150,37 +146,32 @@ TEST(Cpoly, HelpersAvoidOverflow) {
 
 namespace {
 
-unsigned evaluations = 0;
-
-double constantFive(double, Vec) { return ++evaluations, 5.0; }
-double identity(double x, Vec) { return ++evaluations, x; }
 Vec visited;
+double constantFive(double x, Vec) { return visited.push_back(x), 5.0; }
+double identity(double x, Vec) { return visited.push_back(x), x; }
 double recordX(double x, Vec) { return visited.push_back(x), std::exp(x); }
 double scaledSquare(double x, Vec params) { return params.at(0) * x * x + params.at(1); }
 double expFcn(double x, Vec) { return std::exp(x); }
 double sinFcn(double x, Vec) { return std::sin(x); }
-double bellFcn(double x, Vec) { return std::exp(-x * x / 2) / std::sqrt(8 * std::atan(1.0)); }
 double innerProduct(double y, Vec params) { return params.at(0) * y; }
 double outerIntegral(double x, Vec) { return RombergIteration(0, 1, innerProduct, {x}, 1e-12); }
 
 }  // namespace
 
-TEST(RombergIteration, StopsAtTheFirstLevelOrRunsToTheLevelCap) {
-    // A constant stops at once; an odd function over a symmetric interval
-    // keeps a zero diagonal, which never passes the relative test.
-    evaluations = 0;
-    EXPECT_EQ(RombergIteration(0, 1, constantFive, {}, 1e-4), 5.0);
-    EXPECT_EQ(evaluations, 3u);
-    evaluations = 0;
-    EXPECT_EQ(RombergIteration(-1, 1, identity, {}, 1e-4), 0.0);
-    EXPECT_EQ(evaluations, (1u << 15) + 1u);
-}
-
-TEST(RombergIteration, VisitsTheEndsThenEachLevelFromTheTopDown) {
+TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {
+    // The ends first, then the new points of each level from the top down.
     visited.clear();
     RombergIteration(0, 8, recordX, {}, 1e-300);
     ASSERT_GE(visited.size(), 9u);
     EXPECT_EQ(Vec(visited.begin(), visited.begin() + 9), Vec({0, 8, 4, 6, 2, 7, 5, 3, 1}));
+    // A constant stops at once; an odd function over a symmetric interval
+    // keeps a zero diagonal, which never passes the relative test.
+    visited.clear();
+    EXPECT_EQ(RombergIteration(0, 1, constantFive, {}, 1e-4), 5.0);
+    EXPECT_EQ(visited.size(), 3u);
+    visited.clear();
+    EXPECT_EQ(RombergIteration(-1, 1, identity, {}, 1e-4), 0.0);
+    EXPECT_EQ(visited.size(), (1u << 15) + 1u);
 }
 
 TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
@@ -195,7 +186,6 @@ TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
         {0, pi, sinFcn, {}, 2.0},
         {0, 3, scaledSquare, {2, 1}, 21.0},  // params reach f untouched
         {2, 0, scaledSquare, {3, 0}, -8.0},  // reversed limits change the sign
-        {-10, 10, bellFcn, {}, 1.0},
         {0, 1, outerIntegral, {}, 0.25},  // nested integrals share no state
     };
     for (double tol : {1e-4, 1e-8, 1e-12})

@@ -25,7 +25,7 @@ TEST(Ppnd16, MatchesNormalQuantileToSixteenDigits) {
         {1e-300, -37.0470962993612},        {1e-20, -9.262340089798409},
         {1.389e-11, -6.657882879105874},    {1e-05, -4.264890793922825},
         {0.075, -1.4395314709384563},       {0.3, -0.5244005127080409},
-        {0.7, 0.5244005127080407},          {0.925, 1.4395314709384563},
+        {0.925, 1.4395314709384563},
         {0.999, 3.090232306167813},         {0.9999999999999999, 8.209536151601387},
     };
     for (const Pair& c : cases)
@@ -36,7 +36,8 @@ TEST(Ppnd16, MatchesNormalQuantileToSixteenDigits) {
 
 TEST(Alnorm, MatchesNormalTailsToPublishedAccuracy) {
     // x, lower area, upper area: scipy.special.ndtr. The series serves up to
-    // |x| = 1.28, the continued fraction beyond.
+    // |x| = 1.28, the continued fraction beyond; past 18.66 the upper tail is
+    // cut off to exactly 0.
     const struct {
         double x, lower, upper;
     } cases[] = {
@@ -44,11 +45,12 @@ TEST(Alnorm, MatchesNormalTailsToPublishedAccuracy) {
         {-8.0, 6.22096057427174e-16, 0.9999999999999993},
         {-3.0, 0.0013498980316300933, 0.9986501019683699},
         {-0.3, 0.3820885778110474, 0.6179114221889526},
+        {0.0, 0.5, 0.5},
         {1.2799, 0.8997098461770858, 0.10029015382291412},
         {1.2801, 0.8997450156631828, 0.10025498433681723},
-        {5.0, 0.9999997133484281, 2.866515718791933e-07},
         {10.0, 1.0, 7.61985302416047e-24},
         {18.5, 1.0, 1.0323698689562996e-76},
+        {19.0, 1.0, 0.0},
     };
     for (const auto& c : cases) {
         EXPECT_NEAR(as::alnorm(c.x, false), c.lower, 5e-12) << "x = " << c.x;
@@ -59,41 +61,25 @@ TEST(Alnorm, MatchesNormalTailsToPublishedAccuracy) {
     }
 }
 
-TEST(Alnorm, CutsOffBeyondTheMachineLimits) {
-    EXPECT_EQ(as::alnorm(0, true), 0.5);
-    EXPECT_EQ(as::alnorm(7.0001, false), 1.0);
-    EXPECT_EQ(as::alnorm(-8, true), 1.0);
-    EXPECT_EQ(as::alnorm(19, true), 0.0);
-    EXPECT_EQ(as::alnorm(-19, false), 0.0);
-    EXPECT_GT(as::alnorm(18.6, true), 0.0);
-}
-
 TEST(Gammad, MatchesRegularisedIncompleteGamma) {
-    // x, p, P(p, x): scipy.special.gammainc. Both the series (x <= 1 or x < p)
-    // and the continued fraction carry the error of the Pike-Hill log-gamma,
-    // a few 1e-11.
+    // x, p, P(p, x), tolerance: scipy.special.gammainc. Both the series (x <= 1
+    // or x < p) and the continued fraction carry the error of the Pike-Hill
+    // log-gamma, a few 1e-11; the normal approximation above shape 1000 is
+    // good to some 1e-6. Exact ends: x = 0, x above 1e8, and a result whose
+    // logarithm is below -88.
     const struct {
-        double x, p, expected;
+        double x, p, expected, tol;
     } cases[] = {
-        {0.001, 0.01, 0.9385706525261288},   {1.0, 1.0, 0.6321205588285577},
-        {2.5, 0.3, 0.9881546781546887},      {3.0, 3.0, 0.5768099188731566},
-        {3.0, 5.0, 0.18473675547622787},     {50.0, 49.5, 0.5470414886790687},
-        {80.0, 100.0, 0.0171083130351331},   {10000.0, 9.0, 1.0},
-        {950.0, 1000.0, 0.055054686230738045}, {1100.0, 1000.0, 0.9989406767460701},
-        {1e8, 50.0, 1.0},
+        {0.001, 0.01, 0.9385706525261288, 5e-11},     {2.5, 0.3, 0.9881546781546887, 5e-11},
+        {3.0, 5.0, 0.18473675547622787, 5e-11},       {50.0, 49.5, 0.5470414886790687, 5e-11},
+        {80.0, 100.0, 0.0171083130351331, 5e-11},     {950.0, 1000.0, 0.055054686230738045, 5e-11},
+        {1100.0, 1000.0, 0.9989406767460701, 5e-11}, {5000.0, 5100.0, 0.08003099915657268, 5e-6},
+        {0.0, 1.0, 0.0, 0.0},                         {1e9, 2.0, 1.0, 0.0},
+        {1e-30, 500.0, 0.0, 0.0},
     };
     for (const auto& c : cases)
-        EXPECT_NEAR(as::gammad(c.x, c.p), c.expected, 5e-11) << "x = " << c.x << ", p = " << c.p;
-}
-
-TEST(Gammad, NormalApproximationAboveShapeThousandEndsAndInvalidArguments) {
-    // scipy.special.gammainc; the approximation is good to some 1e-6.
-    EXPECT_NEAR(as::gammad(2000, 2000), 0.5029735484442025, 5e-6);
-    EXPECT_NEAR(as::gammad(5000, 5100), 0.08003099915657268, 5e-6);
-    EXPECT_EQ(as::gammad(0, 1), 0.0);
-    EXPECT_EQ(as::gammad(1e9, 2), 1.0);
-    EXPECT_EQ(as::gammad(1e-30, 0.5 * 1e3), 0.0);  // the log of the result is below -88
-    for (const auto& args : std::vector<std::pair<double, double>>{{1, 0}, {1, -1}, {-1, 1}, {NAN, 1}})
+        EXPECT_NEAR(as::gammad(c.x, c.p), c.expected, c.tol) << "x = " << c.x << ", p = " << c.p;
+    for (const auto& args : std::vector<std::pair<double, double>>{{1, 0}, {NAN, 1}})
         EXPECT_EQ(failureOf([&] { as::gammad(args.first, args.second); }),
                   "misc_numerical_dist: Invalid parameters for gammad.");
 }
@@ -105,22 +91,17 @@ TEST(Ppchi2, MatchesChiSquaredQuantileToOnePartInAMillion) {
         double p, v, expected;
     } cases[] = {
         {2e-06, 0.1, 1.225708180820214e-114}, {0.9, 0.1, 0.1526342278183781},
-        {0.999998, 0.3, 18.634427814498295},  {0.01, 0.5, 1.349939585911692e-08},
-        {0.5, 1.0, 0.454936423119572},        {0.3, 2.0, 0.7133498878774648},
+        {0.999998, 0.3, 18.634427814498295},  {0.5, 1.0, 0.454936423119572},
         {0.999, 10.0, 29.58829844507442},     {1e-05, 100.0, 50.71093754563406},
         {0.05, 1000.0, 927.594363020979},     {0.999998, 1000.0, 1219.8934568184538},
     };
     for (const auto& c : cases)
         EXPECT_NEAR(as::ppchi2(c.p, c.v), c.expected, 1e-6 * c.expected) << "p = " << c.p << ", v = " << c.v;
-}
-
-TEST(Ppchi2, EndsOfTheProbabilityRange) {
+    // p = 0 gives 0; at p = 1 the iteration stops where the integral rounds to 1.
     for (double v : {0.1, 2.0, 1000.0}) {
         EXPECT_EQ(as::ppchi2(0, v), 0.0) << "v = " << v;
-        // At p = 1 the iteration stops where the integral rounds to 1.
         const double top = as::ppchi2(1, v);
-        EXPECT_TRUE(std::isfinite(top)) << "v = " << v;
-        EXPECT_GT(top, as::ppchi2(0.999998, v)) << "v = " << v;
+        EXPECT_TRUE(std::isfinite(top) && top > as::ppchi2(0.999998, v)) << "v = " << v << ": " << top;
     }
     EXPECT_EQ(failureOf([] { as::ppchi2(0.5, 0); }), "misc_numerical: Invalid value for loggamma.");
 }
@@ -147,21 +128,14 @@ TEST(Mvbvu, MatchesBivariateNormalUpperProbability) {
         double h, k, r, expected;
     } cases[] = {
         {1.1, -1.1, -1, 0.0},                           {-4.95, 3.21, -1, 0.00066330379403200452},
-        {-0.79, -0.89, -0.99999, 0.59850317279919027},  {0.05, 0.53, -0.99999, 0.0},
-        {0.49, 1.96, -0.95, 5.6724551584392973e-17},    {1.13, -4.56, -0.95, 0.12923555455897839},
-        {-0.14, 1.67, -0.925, 9.1471617557527515e-7},   {-0.03, -2.52, -0.925, 0.50609873169901473},
-        {0.77, -1.2, -0.8, 0.12853612539638475},        {3.3, -3.46, -0.8, 0.00040288626168082655},
-        {0.04, 1.39, -0.5, 0.011443796322911014},       {-4.09, 0.41, -0.5, 0.34088189308747157},
-        {-0.55, 0.39, -0.1, 0.23403761641674309},       {-1.77, -3.5, -0.1, 0.96140742203378654},
-        {1.91, 0.36, 0, 0.010087799873123117},          {1.76, -3.49, 0, 0.039194435142074764},
-        {-1.47, 1.38, 0.31, 0.082399793198990452},      {4.45, 4.04, 0.31, 1.3811696884391205e-8},
-        {0.21, -1.28, 0.6, 0.4103372344111228},         {3.84, 1.42, 0.6, 5.5167580805469105e-5},
-        {-1.85, 1.5, 0.76, 0.066807164469097675},       {-1.78, 2.51, 0.76, 0.0060365580679561813},
-        {0.36, 0.73, 0.924, 0.22029411910231535},       {2.65, 4.09, 0.924, 2.1556871527506214e-5},
-        {-1.98, 1.01, 0.925, 0.15624764502125449},      {3.11, -3.63, 0.925, 0.00093543671951410001},
-        {1.17, 0.05, 0.97, 0.1210004448233574},         {-3.01, -1.37, 0.97, 0.91465654917801971},
-        {1.79, 0.29, 0.9999, 0.036726955698726295},     {4.52, -0.56, 0.9999, 3.0919815689561837e-6},
-        {0.08, 1.59, 1, 0.055917402519469433},          {-0.73, 3.78, 1, 7.8414179383585098e-5},
+        {-0.79, -0.89, -0.99999, 0.59850317279919027},  {1.13, -4.56, -0.95, 0.12923555455897839},
+        {-0.14, 1.67, -0.925, 9.1471617557527515e-7},   {3.3, -3.46, -0.8, 0.00040288626168082655},
+        {0.04, 1.39, -0.5, 0.011443796322911014},       {-1.77, -3.5, -0.1, 0.96140742203378654},
+        {1.91, 0.36, 0, 0.010087799873123117},          {4.45, 4.04, 0.31, 1.3811696884391205e-8},
+        {0.21, -1.28, 0.6, 0.4103372344111228},         {-1.85, 1.5, 0.76, 0.066807164469097675},
+        {0.36, 0.73, 0.924, 0.22029411910231535},       {3.11, -3.63, 0.925, 0.00093543671951410001},
+        {-3.01, -1.37, 0.97, 0.91465654917801971},      {4.52, -0.56, 0.9999, 3.0919815689561837e-6},
+        {0.08, 1.59, 1, 0.055917402519469433},
     };
     for (const auto& c : cases)
         EXPECT_NEAR(mvbvu(c.h, c.k, c.r), c.expected, 1e-13) << "h = " << c.h << ", k = " << c.k << ", r = " << c.r;
@@ -184,7 +158,7 @@ TEST(Mvbvn, LimitTypesSelectTheirRectangle) {
         EXPECT_NEAR(mvbvn({-0.3, 0.2}, {1.1, 0.9}, {c.i1, c.i2}, 0.6), c.expected, 1e-13)
             << "infin = " << c.i1 << ", " << c.i2;
     // A wide rectangle holds all the mass.
-    for (double rho : {-0.99, -0.5, 0.0, 0.3, 0.93, 1.0})
+    for (double rho : {-0.99, 0.0, 0.93, 1.0})
         EXPECT_NEAR(mvbvn({-10, -10}, {10, 10}, {2, 2}, rho), 1.0, 1e-15) << "rho = " << rho;
     EXPECT_EQ(failureOf([] { mvbvn({0}, {1, 1}, {2, 2}, 0.5); }),
               "misc_numerical_dist: mvbvn needs two limits and two limit types.");

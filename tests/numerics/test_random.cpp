@@ -4,11 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cfloat>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
-#include <ctime>
 #include <functional>
 #include <random>
 #include <string>
@@ -53,11 +50,6 @@ struct NextWordProbe : MTRand {
         left = 1;
     }
 };
-
-struct HashProbe : MTRand {
-    HashProbe() : MTRand(1UL) {}
-    using MTRand::hash;
-};
 }  // namespace
 
 // Words are scaled by 1 / (2^32 - 1) (the exact uniform numbers of the
@@ -67,25 +59,6 @@ TEST(MTRand, RandOfTheExtremeWordsIsExactlyZeroOrOne) {
     NextWordProbe ones(0x12DD9BB3U), zero(0U);
     EXPECT_EQ(ones.rand(), 1.0);
     EXPECT_EQ(zero.rand(), 0.0);
-}
-
-// The seed of last resort: the first four bytes of the time and of the clock,
-// in memory order, each read as digits of base 257; a counter added to the
-// first makes calls in the same clock tick differ.
-TEST(MTRand, HashFoldsTheBytesOfTimeAndClockWithACounter) {
-    const std::time_t t = static_cast<std::time_t>(0x5A0B1C2DL);
-    const std::clock_t c = static_cast<std::clock_t>(0x01020304L);
-    auto firstFourBytes = [](const void* p) {
-        unsigned char bytes[4];
-        std::memcpy(bytes, p, 4);
-        std::uint32_t h = 0;
-        for (unsigned char b : bytes) h = h * 257U + b;
-        return h;
-    };
-    const std::uint32_t h1 = firstFourBytes(&t), h2 = firstFourBytes(&c);
-    const std::uint32_t differ = (HashProbe::hash(t, c) ^ h2) - h1;
-    EXPECT_EQ(HashProbe::hash(t, c), (h1 + differ + 1U) ^ h2);
-    EXPECT_EQ(HashProbe::hash(t, 0), h1 + differ + 2U);
 }
 
 TEST(MTRand, CopiesContinueTheSameStreamAndSystemSeedsDiffer) {
@@ -133,7 +106,6 @@ std::vector<VariateCase> variateCases() {
          {0.00654068, 0.0674796, 0.282505, 0.920148}, 0.6, 1.2},
         {"gamma(1,2)", [](Rand& r) { return r.gamma(1, 2); }, {0.446287, 1.02165, 1.83258, 3.21888}, 2, 4},
         {"gamma(2.5,2)", [](Rand& r) { return r.gamma(2.5, 2); }, {2.34253, 3.6555, 5.13187, 7.28928}, 5, 10},
-        {"gamma(40,0.5)", [](Rand& r) { return r.gamma(40, 0.5); }, {17.3017, 19.047, 20.6416, 22.6013}, 20, 10},
         {"beta(2,5)", [](Rand& r) { return r.beta(2, 5); },
          {0.139881, 0.222584, 0.309444, 0.422448}, 0.285714, 0.0255102},
         {"beta(0.5,0.5)", [](Rand& r) { return r.beta(0.5, 0.5); },
@@ -242,8 +214,6 @@ TEST(Rand, EachMethodConsumesTheStreamInItsFixedOrder) {
          3.243164245009146, 0.14871404102332414, 5.300753978822921, 0.7830036130694216},
         {"beta(2, 5)", 21UL, [](Rand& r, int) { return r.beta(2.0, 5.0); },
          0.08850326216547429, 0.5204031677423272, 0.34590642259332344, 0.3842500314079807},
-        {"beta(0.5, 0.7)", 22UL, [](Rand& r, int) { return r.beta(0.5, 0.7); },
-         0.13145004613000244, 0.9078829604372366, 0.7335946344863671, 0.2975782608374903},
         {"pearsonV(3, 2)", 24UL, [](Rand& r, int) { return r.pearsonV(3.0, 2.0); },
          0.4568731126028723, 0.860532797592647, 0.8516683167161717, 0.709651565577288},
         {"pearsonVI(2, 0.6, 1.5)", 25UL, [](Rand& r, int) { return r.pearsonVI(2.0, 0.6, 1.5); },
@@ -282,19 +252,6 @@ TEST(Rand, DegenerateParametersGiveTheirExactValues) {
     EXPECT_EQ(r.drawRandomNumber(), ref.drawRandomNumber());
 }
 
-// The guard against underflow leaves the plain product alone while it stays a
-// normal number; at seed 30 the product of 680 draws is about 8e-306.
-TEST(Rand, ErlangIsTheLogarithmOfThePlainProductWhileItStaysNormal) {
-    for (unsigned k : {1u, 3u, 680u}) {
-        Rand r(30UL), ref(30UL);
-        double product = 1.0;
-        for (unsigned i = 0; i < k; ++i) product *= ref.drawRandomNumber();
-        ASSERT_GE(product, DBL_MIN);
-        EXPECT_EQ(r.erlang(k, 2.0), std::log(product) * (-1.0 / 2.0)) << "k = " << k;
-        EXPECT_EQ(r.drawRandomNumber(), ref.drawRandomNumber()) << "k = " << k;
-    }
-}
-
 // At seed 7603642 the word of index 141 is 0 (found by a search over seeds
 // with std::mt19937). Such a draw counts as the smallest positive draw where a
 // logarithm is taken, and every method still takes exactly its usual draws.
@@ -320,7 +277,6 @@ TEST(Rand, ADrawOfZeroKeepsVariatesFiniteAndTheDrawCountFixed) {
     };
     const std::vector<Case> cases = {
         {"drawRandomNumber", [](Rand& r) { return r.drawRandomNumber(); }, 0.0, streamAt(zeroAt + 1)},
-        {"uniform(1, 2)", [](Rand& r) { return r.uniform(1.0, 2.0); }, 1.0, streamAt(zeroAt + 1)},
         {"exponential(2)", [](Rand& r) { return r.exponential(2.0); }, std::log(smallest) * (-1.0 / 2.0),
          streamAt(zeroAt + 1)},
         {"weibull(2, 3)", [](Rand& r) { return r.weibull(2.0, 3.0); }, 3.0 * std::pow(-std::log(smallest), 0.5),
@@ -358,32 +314,23 @@ TEST(Rand, InvalidParametersRaiseTheFamilyMessage) {
         std::function<void(Rand&)> call;
         std::string message;
     };
-    const std::string gammaMessage = "Invalid parameters for gamma distribution.";
-    const std::string geometricMessage = "Invalid parameter for geometric distribution.";
+    // One row per guard; NaN passes a guard written as "sigma < 0".
     const std::vector<Case> cases = {
         {[](Rand& r) { r.uniform(-1.0, 1.0); }, "Invalid range for uniform distribution"},
-        {[](Rand& r) { r.uniform(2.0, 1.0); }, "Invalid range for uniform distribution"},
         {[](Rand& r) { r.exponential(0.0); }, "Invalid rate for exponential distribution"},
-        {[](Rand& r) { r.hypo_exponential({1.0, -2.0}); }, "Invalid rate for exponential distribution"},
-        {[](Rand& r) { r.normal(0.0, -1.0); }, "Invalid parameter for normal distribution"},
         {[](Rand& r) { r.normal(0.0, NAN); }, "Invalid parameter for normal distribution"},
         {[](Rand& r) { r.lognormal(0.0, -1.0); }, "Invalid parameter for lognormal distribution"},
         {[](Rand& r) { r.erlang(2, 0.0); }, "Invalid rate for erlang distribution"},
-        {[](Rand& r) { r.weibull(0.0, 1.0); }, "Invalid parameter for weibull distribution"},
         {[](Rand& r) { r.weibull(1.0, -1.0); }, "Invalid parameter for weibull distribution"},
-        {[](Rand& r) { r.gamma(0.0, 1.0); }, gammaMessage},
-        {[](Rand& r) { r.gamma(2.0, 0.0); }, gammaMessage},
-        {[](Rand& r) { r.gamma(INFINITY, 1.0); }, gammaMessage},
-        {[](Rand& r) { r.gamma(1e308, 1.0); }, gammaMessage},  // 2 alpha - 1 overflows: no candidate is accepted
-        {[](Rand& r) { r.chi2(0); }, gammaMessage},
+        {[](Rand& r) { r.gamma(0.0, 1.0); }, "Invalid parameters for gamma distribution."},
+        // 2 alpha - 1 overflows: no candidate would ever be accepted.
+        {[](Rand& r) { r.gamma(1e308, 1.0); }, "Invalid parameters for gamma distribution."},
         {[](Rand& r) { r.beta(0.0, 1.0); }, "Invalid parameter for beta distribution"},
         {[](Rand& r) { r.pearsonV(1.0, 0.0); }, "Invalid parameters for Pearson V distribution."},
         {[](Rand& r) { r.pearsonVI(1.0, 1.0, 0.0); }, "Invalid parameters for Pearson VI distribution."},
         {[](Rand& r) { r.triangular(1.0, 3.0, 1.0); }, "Invalid parameters for triangular distribution."},
-        {[](Rand& r) { r.triangular(1.0, 3.0, 3.0); }, "Invalid parameters for triangular distribution."},
-        {[](Rand& r) { r.geometric(1.5); }, geometricMessage},
-        {[](Rand& r) { r.geometric(0.0); }, geometricMessage},  // would wait for a draw of exactly 0
-        {[](Rand& r) { r.hypogeometric({0.5, -0.1}); }, geometricMessage},
+        // p = 0 would wait for a draw of exactly 0.
+        {[](Rand& r) { r.geometric(0.0); }, "Invalid parameter for geometric distribution."},
     };
     Rand r(1UL);
     for (std::size_t i = 0; i < cases.size(); ++i)
@@ -402,17 +349,14 @@ TEST(Rand, MultivariateNormalIsMeanPlusCholeskyFactorTimesNormals) {
         EXPECT_NEAR(x[1], -2.0 + 0.6 * z0 + 0.8 * z1, 1e-12);
     }
 
-    // Sample moments of 1e5 vectors.
+    // Sample means and covariance of 1e5 vectors.
     const int n = 100000;
-    double s0 = 0, s1 = 0, s00 = 0, s01 = 0, s11 = 0;
+    double s0 = 0, s1 = 0, s01 = 0;
     for (int i = 0; i < n; ++i) {
         const Vector x = r.multivariate_normal(mean, covariance);
-        s0 += x[0], s1 += x[1], s00 += x[0] * x[0], s01 += x[0] * x[1], s11 += x[1] * x[1];
+        s0 += x[0], s1 += x[1], s01 += x[0] * x[1];
     }
-    const double m0 = s0 / n, m1 = s1 / n;
-    EXPECT_NEAR(m0, 1.0, 4.5 * std::sqrt(4.0 / n));
-    EXPECT_NEAR(m1, -2.0, 4.5 * std::sqrt(1.0 / n));
-    EXPECT_NEAR(s00 / n - m0 * m0, 4.0, 0.08);
-    EXPECT_NEAR(s01 / n - m0 * m1, 1.2, 0.04);
-    EXPECT_NEAR(s11 / n - m1 * m1, 1.0, 0.02);
+    EXPECT_NEAR(s0 / n, 1.0, 4.5 * std::sqrt(4.0 / n));
+    EXPECT_NEAR(s1 / n, -2.0, 4.5 * std::sqrt(1.0 / n));
+    EXPECT_NEAR(s01 / n - (s0 / n) * (s1 / n), 1.2, 0.04);
 }
