@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "config/conf.h"
 #include "numerics/matrix.h"
 #include "numerics_helpers.h"
 
@@ -27,7 +25,7 @@ Matrix m22() { return Matrix({{1, 2}, {3, 4}}); }
 
 }  // namespace
 
-TEST(Matrix, EveryRefusalCarriesItsMessage) {
+TEST(Matrix, EveryRefusalAndIndexCheckCarriesItsMessage) {
     Matrix m = m22(), r({{1, 2, 3}});
     Vector row({1, 2}, true), row3({10, 20, 30}, true);
     struct Case {
@@ -56,14 +54,10 @@ TEST(Matrix, EveryRefusalCarriesItsMessage) {
     };
     int n = 0;
     for (const Case& c : cases) EXPECT_EQ(failureOf(c.f), c.failure) << "case " << n++;
-    EXPECT_EQ(m, m22());  // failures leave the operand unchanged
-}
-
-TEST(Matrix, IndexChecksGuardEveryAccess) {
-    Matrix m = m22();
+    // Every checked access.
     Matrix empty;
     Vector col({1, 2, 3}, false);
-    std::function<void()> cases[] = {
+    std::function<void()> access[] = {
         [&] { m.getValue(0, 2); }, [&] { m.setValue(2, 0, 1); }, [&] { m.addValue(0, 5, 1); },
         [&] { m(-1, 0); }, [&] { m(2u, 0u); }, [&] { m[-1]; }, [&] { m[std::size_t(2)]; }, [&] { m.getRowSum(2); },
         [&] { m.getCol(2); }, [&] { m.setRow(0, std::vector<double>{1, 2, 3}); }, [&] { m.setRow(0, empty); },
@@ -71,9 +65,9 @@ TEST(Matrix, IndexChecksGuardEveryAccess) {
         [&] { m.setSubmatrix(1, 1, m22()); }, [&] { empty.getSmallestValueAbs(); },
         [&] { empty.getLargestValueDiag(); }, [&] { col[3]; }, [&] { col.setValue(3, 1); },
     };
-    int n = 0;
-    for (auto& f : cases) EXPECT_EQ(failureOf(f), INDEX) << "case " << n++;
-    EXPECT_EQ(m, m22());
+    n = 0;
+    for (auto& f : access) EXPECT_EQ(failureOf(f), INDEX) << "access " << n++;
+    EXPECT_EQ(m, m22());  // failures leave the operand unchanged
 }
 
 TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
@@ -85,7 +79,7 @@ TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
     EXPECT_EQ(Matrix({1, 2}, MATRIX_DIAGONAL), Matrix({{1, 0}, {0, 2}}));
 }
 
-TEST(Matrix, ReadsTheTextFormWithItsLineFeedQuirk) {
+TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
     struct Case {
         std::string text;
         Matrix expected;
@@ -110,28 +104,13 @@ TEST(Matrix, ReadsTheTextFormWithItsLineFeedQuirk) {
         {" \n1 2", COUNTS},
     };
     for (const Bad& c : bad) EXPECT_EQ(failureOf([&] { Matrix m(c.text); }), c.failure) << c.text;
-}
 
-TEST(Matrix, WritesTheTextFormAndReadsItBack) {
+    // Written with the given significant digits, the form reads back.
     Matrix m({{1.0 / 3, -2}, {1e-12, 123456789}});
     EXPECT_EQ(m.toString(3), "0.333 -2 \n1e-12 1.23e+08 \n");
     std::string text = m.toString(17);
     EXPECT_EQ(Matrix(text.substr(0, text.size() - 1)), m);
     EXPECT_EQ(Matrix().toString(6), "");
-}
-
-TEST(Matrix, ConfigGetterReadsMultiLineValues) {
-    char path[] = "/tmp/velmora_test_matrix_XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    FILE* f = fdopen(fd, "w");
-    std::fputs("m = 1 2\n  3 4  \nx = 5\n", f);
-    std::fclose(f);
-    Config config{std::string(path)};
-    std::remove(path);
-    EXPECT_EQ(config.getValueAsMatrix("M"), Matrix({{1, 2}, {3, 4}}));
-    EXPECT_EQ(config.getValueAsMatrix("x"), Matrix({{5}}));
-    EXPECT_EQ(failureOf([&] { config.getValueAsMatrix("D0"); }), "conf: Key D0 does not exist.");
 }
 
 TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
@@ -239,7 +218,7 @@ TEST(Matrix, ProductIsBitIdenticalToThePlainTripleLoop) {
     EXPECT_EQ(r.getValue(0, 0), 0.0);  // (1e16 + 1) - 1e16 in this order
 }
 
-TEST(Vector, OrientationSingleIndexAccessAndScalarArithmetic) {
+TEST(Vector, OrientationSingleIndexAccessAndArithmeticWithMatricesAndVectors) {
     EXPECT_EQ(Vector(3, true, VECTOR_ONES).toMatrix(), Matrix({{1, 1, 1}}));
     Vector col({1, 2, 3}, false);
     EXPECT_EQ(col.toMatrix(), Matrix({{1}, {2}, {3}}));
@@ -262,17 +241,15 @@ TEST(Vector, OrientationSingleIndexAccessAndScalarArithmetic) {
     Vector s(4, false, VECTOR_ZERO);
     s.setSubvector(2, Vector({7, 8}, true));
     EXPECT_EQ(s.asVector(), (std::vector<double>{0, 0, 7, 8}));
-}
 
-TEST(Vector, ProductsAndSumsWithMatricesAndVectors) {
-    Matrix m({{1, 2}, {3, 4}});
-    Vector row({1, 1}, true), col({1, 1}, false);
+    Matrix m = m22();
+    Vector row({1, 1}, true), ones({1, 1}, false);
     EXPECT_EQ(row * m, Vector({4, 6}, true));
-    EXPECT_EQ(m * col, Vector({3, 7}, false));
+    EXPECT_EQ(m * ones, Vector({3, 7}, false));
     // A column vector keeps column 0 of its product, a row vector row 0.
     EXPECT_EQ(Vector({1, 2}, false) * Matrix({{3, 4}}), Vector({3, 6}, false));
     EXPECT_EQ(Matrix({{3}, {4}}) * Vector({1, 2}, true), Vector({3, 6}, true));
-    EXPECT_EQ(row * col, Matrix({{2}}));
+    EXPECT_EQ(row * ones, Matrix({{2}}));
     EXPECT_EQ(Vector({1, 2}, false) * Vector({3, 4}, true), Matrix({{3, 4}, {6, 8}}));
     // Sums run over the left operand.
     Vector a({1, 2}, true), b({10, 20, 30}, true);

