@@ -137,7 +137,7 @@ TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
     EXPECT_EQ(r, Matrix({{1, 0, 0}, {3, 0, 0}}));
 }
 
-TEST(Matrix, ScalarQueries) {
+TEST(Matrix, ScalarQueriesAndShapeTestsAreExact) {
     Matrix m({{-1, 2, -7}, {4, -0.5, 3}});
     EXPECT_EQ(m.getLargestValue(), 4);
     EXPECT_EQ(m.getSmallestValue(), -7);
@@ -150,9 +150,8 @@ TEST(Matrix, ScalarQueries) {
     EXPECT_TRUE(Matrix({{1, 0}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 1e-300}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 5}, {1e-300, 3}}).isUpperTriangular());
-}
 
-TEST(Matrix, SubgeneratorTestHasNoTolerance) {
+    // The subgenerator test has no tolerance either.
     struct Case {
         Matrix m;
         bool expected;
