@@ -32,6 +32,11 @@ inline std::string failure(const std::function<void()>& f, const std::string& so
     return "(no exception)";
 }
 
+// The hyper-Erlang of the reference tables and variate tests.
+const std::vector<unsigned> mixPhases = {2, 1, 3};
+const std::vector<double> mixRates = {1, 5, 2.5}, mixProbabilities = {0.3, 0.5, 0.2};
+inline velmora::HyperErlang mixture() { return velmora::HyperErlang(mixPhases, mixRates, mixProbabilities); }
+
 // One computed value against its reference figure.
 struct Near {
     const char* what;

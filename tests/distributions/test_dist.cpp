@@ -17,10 +17,9 @@ using namespace velmora;
 using disttest::failure;
 
 TEST(DistRegistry, TypeNamesMapBothWaysAndUnknownOnesAreRefused) {
-    const char* names[] = {"deterministic", "uniform",     "exponential",      "normal",          "lognormal",
-                           "johnson",       "erlang",      "hyperexponential", "hypoexponential", "hypererlang",
-                           "weibull",       "gamma",       "beta",             "pearsonV",        "pearsonVI",
-                           "geometric",     "hypogeometric", "triangular",     "chisquare"};
+    const char* names[] = {"deterministic", "uniform", "exponential", "normal", "lognormal", "johnson", "erlang",
+                           "hyperexponential", "hypoexponential", "hypererlang", "weibull", "gamma", "beta",
+                           "pearsonV", "pearsonVI", "geometric", "hypogeometric", "triangular", "chisquare"};
     for (int i = 0; i < 19; i++) {
         EXPECT_EQ(Dist::getDistType(static_cast<dist_type>(i)), names[i]);
         EXPECT_EQ(Dist::getDistType(std::string(names[i])), static_cast<dist_type>(i));
@@ -181,8 +180,6 @@ TEST(DistStream, UnseededObjectsDifferAndCopiesContinueTheSourceSequenceOnTheirO
 }
 
 TEST(DistLikelihood, SumsLogDensitiesInTraceOrder) {
-    Trace empty;
-    EXPECT_EQ(Normal(1, 2).compute_loglikelihood(&empty), 0);
     Trace values(std::vector<double>{0.5, 1.5, 3.0});
     // scipy.stats.norm(1, 2).logpdf([0.5, 1.5, 3.0]).sum()
     EXPECT_NEAR(Normal(1, 2).compute_loglikelihood(&values), -5.39875714129385, 1e-12);

@@ -15,13 +15,9 @@
 
 using namespace velmora;
 using namespace disttest;
+using std::make_shared;
 
 namespace {
-
-template <class D, class... A>
-std::shared_ptr<Dist> make(A... args) {
-    return std::make_shared<D>(args...);
-}
 
 using U = std::vector<unsigned>;
 using V = std::vector<double>;
@@ -40,22 +36,22 @@ TEST(DistLoad, ReadersTakeDefaultsUnitsAndListsOfTheirFamilyOnly) {
         std::shared_ptr<Dist> expected;
     };
     const Case cases[] = {
-        {false, "uniform\nrate = 5\n", make<Uniform>(0.0, 1.0)},
-        {false, "triangular\n", make<Triangular>(0.0, 1.0, 0.5)},
-        {false, "chisquare\n", make<ChiSquare>(2u)},
+        {false, "uniform\nrate = 5\n", make_shared<Uniform>(0.0, 1.0)},
+        {false, "triangular\n", make_shared<Triangular>(0.0, 1.0, 0.5)},
+        {false, "chisquare\n", make_shared<ChiSquare>(2u)},
         // Off by 0.003: within the reader's and the family's tolerance.
         {false, "hyperexponential\nphases = 2\nprob = 0.5 0.503\nrates = 1 2\n",
-         make<HyperExponential>(V{1, 2}, V{0.5, 0.503})},
+         make_shared<HyperExponential>(V{1, 2}, V{0.5, 0.503})},
         // The count of phases has no effect.
-        {false, "hypoexponential\nphases = 7\nrates = 1 2 3\n", make<HypoExponential>(V{1, 2, 3})},
+        {false, "hypoexponential\nphases = 7\nrates = 1 2 3\n", make_shared<HypoExponential>(V{1, 2, 3})},
         // Probabilities far from 1 are normalised.
         {false, "hypererlang\nphases = 2 1\nrates = 1 5\nprob = 2 2\n",
-         make<HyperErlang>(U{2, 1}, V{1, 5}, V{0.5, 0.5})},
+         make_shared<HyperErlang>(U{2, 1}, V{1, 5}, V{0.5, 0.5})},
         // The standard deviation in the XML form; the exponential's mean defaults to 1.
-        {true, "<normaldist><std>4</std></normaldist>", make<Normal>(0.0, 4.0)},
-        {true, "<expodist></expodist>", make<Exponential>(1.0)},
+        {true, "<normaldist><std>4</std></normaldist>", make_shared<Normal>(0.0, 4.0)},
+        {true, "<expodist></expodist>", make_shared<Exponential>(1.0)},
         // The order of the reader's list decides, not the document's.
-        {true, "<gammadist><shape>2</shape></gammadist><uniformdist><b>2</b></uniformdist>", make<Uniform>(0.0, 2.0)},
+        {true, "<gammadist></gammadist><uniformdist><b>2</b></uniformdist>", make_shared<Uniform>(0.0, 2.0)},
     };
     for (const Case& c : cases) expectSame((c.xml ? xml(c.text) : kv(c.text)).get(), c.expected.get(), c.text);
 }

@@ -29,12 +29,10 @@ TEST(DistMixture, PhaseTypeFormsHaveTheFamilysMomentsAndLayout) {
     // The hyper-Erlang puts its branches on the diagonal.
     CPH c = HyperErlang({2, 1}, {1, 5}, {0.3, 0.7}).asCPH();
     ASSERT_EQ(c.getOrder(), 3u);
-    Matrix T = c.getT();
-    const double expectedT[3][3] = {{-1, 1, 0}, {0, -1, 0}, {0, 0, -5}};
-    const double expectedTau[3] = {0.3, 0, 0.7};
+    const double expectedT[3][3] = {{-1, 1, 0}, {0, -1, 0}, {0, 0, -5}}, expectedTau[3] = {0.3, 0, 0.7};
     for (unsigned i = 0; i < 3; i++) {
         EXPECT_EQ(c.getTau()[i], expectedTau[i]) << i;
-        for (unsigned j = 0; j < 3; j++) EXPECT_EQ(T.getValue(i, j), expectedT[i][j]) << i << "," << j;
+        for (unsigned j = 0; j < 3; j++) EXPECT_EQ(c.getT().getValue(i, j), expectedT[i][j]) << i << "," << j;
     }
 }
 
