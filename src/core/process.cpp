@@ -30,6 +30,20 @@ process_type Process::getProcessType() { return type; }
 
 std::string Process::getProcessTypeString() { return typeName; }
 
+Distribution tabulate_distribution(Process& process, double lower, double upper, double step) {
+    Distribution result;
+    double x = lower;
+    while (x <= upper) {
+        result.cdf.emplace_back(x, process.evalCDF(x));
+        result.ccdf.emplace_back(x, process.evalCCDF(x));
+        result.pdf.emplace_back(x, process.evalPDF(x));
+        const double next = x + step;
+        if (!(next > x)) break;
+        x = next;
+    }
+    return result;
+}
+
 namespace {
 
 Exception errorLoadingModel(int line) { return Exception("process", line, "Error loading model."); }

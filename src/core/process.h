@@ -75,6 +75,12 @@ protected:
     bool rngInitialized;
 };
 
+// Curves of a process on lower, lower + step, ... up to upper, through its
+// evalCDF, evalCCDF and evalPDF. The walk also ends once adding the step no
+// longer moves x: one point for lower = upper, and no endless walk for a step
+// lost in rounding or an infinite bound; a NaN bound gives empty curves.
+Distribution tabulate_distribution(Process& process, double lower, double upper, double step);
+
 Process* load_process(Config* config);
 Process* load_process(XMLConfig* document);
 

@@ -114,4 +114,16 @@ void Dist::checkProbability(double p) {
     if (!(p >= 0 && p <= 1)) throw Exception("dist", __LINE__, "Invalid value for inverse cdf.");
 }
 
+std::vector<double> dist_moments(Dist* dist, unsigned from, unsigned to) {
+    const std::vector<double> moments = dist->getProperties(to).moments;
+    std::vector<double> result;
+    if (from == 0) {
+        result.push_back(1.0);
+        from = 1;
+    }
+    for (unsigned i = from; i <= to; ++i)
+        if (moments.size() >= i) result.push_back(moments[i - 1]);
+    return result;
+}
+
 }  // namespace velmora

@@ -112,6 +112,10 @@ protected:
     Rand* rng;
 };
 
+// Raw moments `from` to `to` of a family seen as a process: order 0 is 1, and
+// orders the family does not compute are left out.
+std::vector<double> dist_moments(Dist* dist, unsigned from, unsigned to);
+
 }  // namespace velmora
 
 #include "distributions/dist_deterministic.h"

@@ -83,15 +83,7 @@ std::string DistProcess::getSummary(unsigned, unsigned, unsigned) {
 }
 
 std::vector<double> DistProcess::getMoments(unsigned from, unsigned to) const {
-    const std::vector<double> moments = requireDist()->getProperties(to).moments;
-    std::vector<double> result;
-    if (from == 0) {
-        result.push_back(1.0);
-        from = 1;
-    }
-    for (unsigned i = from; i <= to; ++i)
-        if (moments.size() >= i) result.push_back(moments[i - 1]);
-    return result;
+    return dist_moments(requireDist(), from, to);
 }
 
 Matrix DistProcess::getJointMoments(unsigned, unsigned) const {

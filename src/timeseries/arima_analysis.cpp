@@ -166,22 +166,7 @@ double ARIMA::evalPDF(double x) {
 
 Distribution ARIMA::computeDistribution(double lower, double upper) {
     if (lower > upper) throw Exception("arima", __LINE__, "Invalid range for distribution.");
-    Distribution result;
-    const double step = (upper - lower) / 100;
-    // The walk also ends once adding the step no longer moves x: that gives a
-    // single point for lower = upper, and ends walks whose step is lost in
-    // rounding or infinite. A NaN bound fails the test x <= upper at once and
-    // gives an empty result.
-    double x = lower;
-    while (x <= upper) {
-        result.cdf.emplace_back(x, evalCDF(x));
-        result.ccdf.emplace_back(x, evalCCDF(x));
-        result.pdf.emplace_back(x, evalPDF(x));
-        const double next = x + step;
-        if (!(next > x)) break;
-        x = next;
-    }
-    return result;
+    return tabulate_distribution(*this, lower, upper, (upper - lower) / 100);
 }
 
 Matrix ARIMA::constructCovarianceMatrix() const {

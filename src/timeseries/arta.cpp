@@ -218,15 +218,7 @@ std::string ARTA::getSummary(unsigned moments, unsigned jointMoments, unsigned l
 }
 
 std::vector<double> ARTA::getMoments(unsigned from, unsigned to) const {
-    const std::vector<double> moments = requireMarginal()->getProperties(to).moments;
-    std::vector<double> result;
-    if (from == 0) {
-        result.push_back(1.0);
-        from = 1;
-    }
-    for (unsigned i = from; i <= to; ++i)
-        if (moments.size() >= i) result.push_back(moments[i - 1]);
-    return result;
+    return dist_moments(requireMarginal(), from, to);
 }
 
 Matrix ARTA::getJointMoments(unsigned from, unsigned to) const {
@@ -253,21 +245,7 @@ Distribution ARTA::computeDistribution(double lower, double upper) {
     Dist* d = requireMarginal();
     if (lower > upper) throw Exception("arta", __LINE__, "Invalid range for distribution.");
     if (d->getType() == DIST_EXPONENTIAL && lower <= 0) lower = 0.0001;
-    Distribution result;
-    const double step = (upper - lower) / 100;
-    // The walk also ends once adding the step no longer moves x: one point
-    // for lower = upper, and no endless walk for a step lost in rounding. A
-    // NaN bound fails the test x <= upper at once.
-    double x = lower;
-    while (x <= upper) {
-        result.cdf.emplace_back(x, evalCDF(x));
-        result.ccdf.emplace_back(x, evalCCDF(x));
-        result.pdf.emplace_back(x, evalPDF(x));
-        const double next = x + step;
-        if (!(next > x)) break;
-        x = next;
-    }
-    return result;
+    return tabulate_distribution(*this, lower, upper, (upper - lower) / 100);
 }
 
 double ARTA::evalCDF(double x) { return requireMarginal()->evalCDF(x); }
