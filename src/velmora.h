@@ -17,6 +17,7 @@
 #include "numerics/misc_numerical.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/misc_sort.h"
+#include "numerics/misc_util.h"
 #include "numerics/random.h"
 
 #include "distributions/dist.h"
