@@ -1,33 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <functional>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "config/conf.h"
-#include "core/libvelmora_settings.h"
+#include "support/test_support.h"
 
 using namespace velmora;
+using namespace velmora_test;
 
 namespace {
-
-std::string writeFile(const std::string& name, const std::string& text) {
-    std::string path = testing::TempDir() + name;
-    std::ofstream(path.c_str(), std::ios::binary) << text;
-    return path;
-}
-
-std::string messageOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (Exception& e) {
-        EXPECT_EQ(e.file, "conf");
-        return e.message;
-    }
-    return "(no exception)";
-}
 
 struct Args {
     std::vector<std::string> items;
@@ -79,14 +58,14 @@ TEST(ConfigFile, OverwriteDecidesWhoWinsIncludingContinuations) {
 }
 
 TEST(ConfigFile, FailuresKeepWhatWasReadBefore) {
-    EXPECT_EQ(messageOf([] { Config c(testing::TempDir() + "no/such/file"); }), "Cannot open file.");
+    EXPECT_EQ(failureOf([] { Config c(tempPath("no/such/file")); }), "conf: Cannot open file.");
     Config partial;
-    EXPECT_EQ(messageOf([&] { partial.loadConfigFromFile(writeFile("blank.txt", "a=1\ny =   \nz=2\n"), false); }),
-              "No value for key.");
+    EXPECT_EQ(failureOf([&] { partial.loadConfigFromFile(writeFile("blank.txt", "a=1\ny =   \nz=2\n"), false); }),
+              "conf: No value for key.");
     EXPECT_TRUE(partial.existsKey("a"));
     EXPECT_FALSE(partial.existsKey("z"));
-    EXPECT_EQ(messageOf([&] { partial.getValue("TRACE"); }), "Key TRACE does not exist.");
-    EXPECT_EQ(messageOf([&] { partial.getValueAsDouble("q"); }), "Key q does not exist.");
+    EXPECT_EQ(failureOf([&] { partial.getValue("TRACE"); }), "conf: Key TRACE does not exist.");
+    EXPECT_EQ(failureOf([&] { partial.getValueAsDouble("q"); }), "conf: Key q does not exist.");
 }
 
 TEST(ConfigFile, JunkAndHugeInputsGiveValuesOrMessagesNeverCrashes) {
@@ -137,8 +116,8 @@ TEST(CommandLine, RefusesMalformedArgumentsAfterStoringTheEarlierOnes) {
     for (const auto& c : cases) {
         Args args({"prog", "-kept=1", c.argument});
         Config config;
-        EXPECT_EQ(messageOf([&] { config.loadConfigFromCommandLine(args.argc(), args.argv(), false); }),
-                  c.message)
+        EXPECT_EQ(failureOf([&] { config.loadConfigFromCommandLine(args.argc(), args.argv(), false); }),
+                  std::string("conf: ") + c.message)
             << c.argument;
         EXPECT_TRUE(config.existsKey("kept"));
     }

@@ -1,35 +1,22 @@
-// Helpers shared by the distribution tests: the message of a thrown
-// Exception, reference cases, files in the test's temporary folder, samples
-// and the Kolmogorov-Smirnov distance.
-#ifndef VELMORA_TESTS_DIST_HELPERS_H
-#define VELMORA_TESTS_DIST_HELPERS_H
-
-#include <gtest/gtest.h>
+// Helpers shared by the distribution tests: reference cases, reading a
+// family's text, samples and the Kolmogorov-Smirnov distance.
+#pragma once
 
 #include <algorithm>
-#include <cmath>
-#include <fstream>
-#include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
-#include "core/libvelmora_settings.h"
 #include "config/conf.h"
 #include "distributions/dist.h"
 #include "distributions/dist_load.h"
+#include "support/test_support.h"
 
 namespace disttest {
 
-// The message of the Exception thrown by f, checking the source it names.
+using namespace velmora_test;
+
+// The message of the Exception thrown by f, most often from the dist module.
 inline std::string failure(const std::function<void()>& f, const std::string& source = "dist") {
-    try {
-        f();
-    } catch (velmora::Exception& e) {
-        EXPECT_EQ(e.file, source) << e.message;
-        return e.message;
-    }
-    return "(no exception)";
+    return messageOf(f, source);
 }
 
 // The hyper-Erlang of the reference tables and variate tests.
@@ -42,12 +29,6 @@ struct Near {
     const char* what;
     double value, expected, tolerance;
 };
-
-inline std::string writeFile(const std::string& name, const std::string& text) {
-    std::string path = testing::TempDir() + "dist_" + name;
-    std::ofstream(path.c_str(), std::ios::binary) << text;
-    return path;
-}
 
 // Reads key-value lines through a file, as a model file is read.
 inline std::unique_ptr<velmora::Dist> readConfig(const std::string& text) {
@@ -91,5 +72,3 @@ inline double ksDistance(std::vector<double> x, velmora::Dist& d) {
 }
 
 }  // namespace disttest
-
-#endif

@@ -2,13 +2,8 @@
 // family against independent figures (scipy.stats), the deliberate grain of
 // the table-based normal distribution function, and the system's gamma
 // function where it is Stirling's approximation rather than exact.
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
 
 #include "dist_helpers.h"
 #include "distributions/dist.h"

@@ -1,12 +1,7 @@
 // The distribution readers: defaults, units and value mapping of the
 // key-value and XML forms, the vector families' own steps and every message.
 // Each family's own text read back is tested with its layouts.
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "config/conf.h"
 #include "dist_helpers.h"

@@ -2,11 +2,7 @@
 // the family's distribution function is exact, a test of mean and variance
 // where it is a table or absent, equal seeds giving equal variates, and the
 // draw order of Rand::hyper_erlang.
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <memory>
-#include <vector>
 
 #include "dist_helpers.h"
 #include "distributions/dist.h"

@@ -1,20 +1,16 @@
 // Runs the sylvar program itself and checks what it prints.
-#include <gtest/gtest.h>
-
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "config/conf.h"
 #include "core/process.h"
+#include "support/test_support.h"
 #include "traces/trace.h"
 
 using namespace velmora;
+using namespace velmora_test;
 
 namespace {
 
@@ -34,12 +30,6 @@ SylvarRun sylvar(const std::string& arguments) {
     int status = pclose(pipe);
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return run;
-}
-
-std::string writeFile(const std::string& name, const std::string& text) {
-    std::string path = testing::TempDir() + name;
-    std::ofstream(path.c_str()) << text;
-    return path;
 }
 
 const std::string kHint = "\n\n\nUse parameter --help for usage information.\n";
@@ -105,7 +95,7 @@ TEST(Sylvar, BadModelFilesAreReportedWithTheirModule) {
     std::string malformed = writeFile("bad.xml", "<velmora><map></velmora>");
     std::string unknown = writeFile("unknown.xml", "<velmora><mep><d0>-1</d0></mep></velmora>");
     struct Case { std::string arguments; std::string expected; } cases[] = {
-        {"-model=" + testing::TempDir() + "missing.xml", failure("conf", "Cannot open file.")},
+        {"-model=" + tempPath("missing.xml"), failure("conf", "Cannot open file.")},
         {"-model=" + malformed, failure("conf", "XML parse error.")},
         {"-MODEL=" + unknown, failure("process", "Error loading model.")},
         // paramfile wins over model
@@ -120,7 +110,7 @@ TEST(Sylvar, BadModelFilesAreReportedWithTheirModule) {
 
 TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
     for (const char* model : {"map.xml", "ph.xml", "arma.xml", "arta.xml", "dist.xml"}) {
-        std::string trace = testing::TempDir() + "run_" + model + ".txt";
+        std::string trace = tempPath(std::string("run_") + model + ".txt");
         SylvarRun run = sylvar("-model=" + modelPath(model) + " -trace=" + trace + " -seed=7");
 
         // The same road through the library gives the expected text.
@@ -144,7 +134,7 @@ TEST(Sylvar, WithoutTraceOnlyTheReportIsPrinted) {
 }
 
 TEST(Sylvar, StopCriteriaAndCountedLayout) {
-    std::string trace = testing::TempDir() + "stop.txt";
+    std::string trace = tempPath("stop.txt");
     SylvarRun run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=50 -traceFormat=1");
     EXPECT_EQ(run.out.substr(0, report(13, 2, "50", 1000, true, trace).size()), report(13, 2, "50", 1000, true, trace));
     std::vector<std::string> written = lines(trace);
@@ -161,7 +151,7 @@ TEST(Sylvar, StopCriteriaAndCountedLayout) {
 }
 
 TEST(Sylvar, EmptyTraceFailsInItsSummaryAfterTheModelSummary) {
-    std::string trace = testing::TempDir() + "empty.txt";
+    std::string trace = tempPath("empty.txt");
     SylvarRun run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -observations=0");
     EXPECT_EQ(withoutLineNumber(run.out.substr(run.out.find("Error in:"))),
               failure("trace", "Invalid trace element."));
@@ -190,7 +180,7 @@ TEST(Sylvar, GeneratedTracesReproduceTheModelsStatistics) {
         {"arta.xml", "1000000", 0.01, 0.01, 0.007, 5, 10.75 / 18},
     };
     for (const auto& c : cases) {
-        std::string path = testing::TempDir() + "long_" + c.model + ".txt";
+        std::string path = tempPath(std::string("long_") + c.model + ".txt");
         SylvarRun run = sylvar("-model=" + modelPath(c.model) + " -trace=" + path + " -seed=7 -observations=" +
                                c.observations);
         ASSERT_EQ(run.status, 0);

@@ -2,12 +2,6 @@
 // computation, the distribution curves, the order of random draws of the
 // generator, and the renewal MAP of a phase-type distribution. The statistics
 // of a long generated stream are checked end to end through sylvar.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "markov/cph.h"
 #include "markov/maps.h"
 #include "markov_helpers.h"
@@ -176,52 +170,4 @@ TEST(CPH, RenewalMAPHasIndependentIntervals) {
     // Sum of the logarithms of the hyper-exponential density 0.4 e^-x + 1.8 e^-3x.
     Trace trace(INTERVALS);
     EXPECT_NEAR(cph.computeLikelihood(&trace), -10.412656076637827, 1e-9 * 10.412656076637827);
-}
-
-// The likelihood loop and the tabulation work on raw rows; the same steps
-// written with whole-matrix operations must give the same bits.
-TEST(MAP, FastLoopsMatchTheMatrixFormulationExactly) {
-    const Matrix D0 = order3D0(), D1 = order3D1();
-    MAP map(D0, D1);
-    std::vector<double> xs = INTERVALS;
-    xs.push_back(40.0);
-    Trace trace(xs);
-
-    const double lambda = D0.getLargestValueAbsDiag();
-    Matrix P0 = D0 / lambda + Matrix(3, 3, MATRIX_IDENTITY);
-    Matrix P1 = D1 / lambda;
-    Matrix a = map.steady_state_vector_embedded_dtmc();
-    Matrix b(1, 3), scratch(1, 3);
-    double c = 0;
-    for (double x : xs) {
-        map_ph_randomization(&P0, &a, &scratch, &b, lambda, x, 1e-12);
-        double s = b.getSum();
-        b = b / s;
-        if (s < 2.2250738585072014e-307) s = 2.2250738585072014e-307;
-        c += std::log(s);
-        a = b * P1;
-    }
-    EXPECT_EQ(map.computeLikelihood(&trace), std::log(a.getSum()) + c + xs.size() * std::log(lambda));
-
-    Distribution d = map.computeDistribution(0.2, 0.25);
-    Matrix pi = map.steady_state_vector_embedded_dtmc();
-    Matrix exits = D1.getRowSums();
-    Matrix ones(3, 1, MATRIX_ONES);
-    Matrix result(1, 3);
-    unsigned point = 0;
-    for (unsigned i = 0; i <= 250; i++) {
-        map_ph_randomization(&P0, &pi, &scratch, &result, lambda, 0.001, 1e-12);
-        double ccdf = (result * ones)(0u, 0u);
-        pi = result;
-        double pdf = (pi * exits)(0u, 0u);
-        double x = (i + 1) * 0.001;
-        if (0.2 <= x) {
-            ASSERT_LT(point, d.cdf.size());
-            EXPECT_EQ(d.cdf[point], std::make_pair(x, 1 - ccdf)) << i;
-            EXPECT_EQ(d.ccdf[point], std::make_pair(x, ccdf)) << i;
-            EXPECT_EQ(d.pdf[point], std::make_pair(x, pdf)) << i;
-            point++;
-        }
-    }
-    EXPECT_EQ(point, d.cdf.size());
 }

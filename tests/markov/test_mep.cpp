@@ -1,12 +1,6 @@
 // MEP: analysis of an order-3 process against an independent computation,
 // the shapes of the joint-moment and autocorrelation results, the two text
 // forms and their round trip, and the refusals.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "markov/maps.h"
 #include "markov/mep.h"
 #include "markov_helpers.h"
@@ -82,7 +76,7 @@ TEST(MEP, SavedFilesLoadBackInBothFormats) {
     Matrix d0 = mat({{-3.123456789012, 1.0 / 3.0, 0.5}, {0.2, -1.5, 0.3}, {0.1, 0.4, -0.8}});
     MEP original(d0, order3D1());
     for (format f : {FORMAT_CONFIG, FORMAT_XML}) {
-        std::string path = testing::TempDir() + "mep_roundtrip_" + std::to_string(f);
+        std::string path = tempPath("mep_roundtrip_" + std::to_string(f));
         original.save(path, f);
         MEP mep(path, f);
         MAP map(path, f);

@@ -1,10 +1,5 @@
 // CPH: moments against an independent computation, the structural
 // predicates, the text forms with their round trip, the refusals, and copies.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-
 #include "config/conf.h"
 #include "markov/cph.h"
 #include "markov_helpers.h"
@@ -97,7 +92,7 @@ TEST(CPH, TextFormsSummaryAndSavedFileHaveTheirExactLayout) {
     EXPECT_EQ(c.toString(FORMAT_CONFIG), "model = cph\nT = -1.5 1.5 \n0 -2 \n\ntau = 0.25 0.75 \n\n");
     EXPECT_EQ(c.toString(FORMAT_XML),
               "<ph>\n<states>2</states>\n<d0>-1.5 1.5 \n0 -2 \n</d0>\n<pi>0.25 0.75 \n</pi>\n</ph>\n");
-    std::string path = testing::TempDir() + "cph_layout.xml";
+    std::string path = tempPath("cph_layout.xml");
     c.save(path, FORMAT_XML);
     EXPECT_EQ(readFile(path), "<?xml version=\"1.0\"?>\n<velmora>\n" + c.toString(FORMAT_XML) + "</velmora>\n");
 
@@ -112,7 +107,7 @@ TEST(CPH, SavedFilesLoadBackInBothFormats) {
     CPH c(mat({{-3.123456789012, 1.0000000001, 0.5}, {0.5, -2, 1}, {1.0 / 3, 0.3, -1.5}}),
           row({1.0 / 7, 2.0 / 7, 4.0 / 7}));
     for (format f : {FORMAT_CONFIG, FORMAT_XML}) {
-        std::string path = testing::TempDir() + "cph_roundtrip_" + std::to_string(f);
+        std::string path = tempPath("cph_roundtrip_" + std::to_string(f));
         c.save(path, f);
         expectSameModel(c, CPH(path, f));
     }
@@ -144,7 +139,7 @@ TEST(CPH, RefusesWhatItCannotReadOrWrite) {
 
     CPH c = dense();
     EXPECT_EQ(failureOf([&] { c.toString(static_cast<format>(2)); }), "cph: Output format not supported for CPHs.");
-    EXPECT_EQ(failureOf([&] { c.save(testing::TempDir() + "no/such/dir/x", FORMAT_XML); }), "ph: Cannot open file.");
+    EXPECT_EQ(failureOf([&] { c.save(tempPath("no/such/dir/x"), FORMAT_XML); }), "ph: Cannot open file.");
     // The format is checked after the file has been emptied.
     EXPECT_EQ(failureOf([&] { c.save(kv, static_cast<format>(2)); }), "cph: Output format not supported for CPHs.");
     EXPECT_EQ(readFile(kv), "");

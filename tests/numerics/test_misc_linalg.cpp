@@ -1,21 +1,14 @@
 // Dense linear algebra: elimination, inversion, the singular value
 // decomposition, the Cholesky factor, stationary vectors and reduced moments,
 // checked against numpy.linalg (figures below computed with numpy 1.24).
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cmath>
-#include <functional>
-#include <string>
-#include <vector>
 
-#include "numerics/matrix.h"
 #include "numerics/misc_linalg.h"
-#include "numerics_helpers.h"
+#include "support/test_support.h"
 
 using namespace velmora;
-using numerics_test::expectNear;
-using numerics_test::failureOf;
+using velmora_test::expectNear;
+using velmora_test::failureOf;
 
 TEST(GaussJordan, InversesAgreeWithNumpyAndTinyPivotsAreRefused) {
     struct Case {

@@ -1,14 +1,10 @@
 // Tests of the elementary scalar functions: rounding, the 32-bit factorial and
 // the three regimes of the gamma function.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "numerics/misc_math.h"
-#include "numerics_helpers.h"
+#include "support/test_support.h"
 
 using namespace velmora;
-using numerics_test::failureOf;
+using velmora_test::failureOf;
 
 TEST(MiscMath, RoundGoesHalfAwayFromZero) {
     const struct {

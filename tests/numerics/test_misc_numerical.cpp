@@ -1,17 +1,12 @@
 // Polynomial zeros, Romberg integration and the log-gamma function against
 // independent reference figures and their own edge cases.
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <complex>
-#include <string>
-#include <vector>
 
 #include "numerics/misc_numerical.h"
-#include "numerics_helpers.h"
+#include "support/test_support.h"
 
 using namespace velmora;
-using numerics_test::failureOf;
+using velmora_test::failureOf;
 
 namespace {
 

@@ -1,16 +1,10 @@
 // Normal, gamma and chi-squared special functions and bivariate normal
 // probabilities against independent reference figures.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "numerics/misc_numerical_dist.h"
-#include "numerics_helpers.h"
+#include "support/test_support.h"
 
 using namespace velmora;
-using numerics_test::failureOf;
+using velmora_test::failureOf;
 
 namespace {
 struct Pair {

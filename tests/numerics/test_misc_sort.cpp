@@ -1,15 +1,12 @@
 // Heap sort: ascending order, duplicates, and the guarded steps.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <random>
-#include <vector>
 
 #include "numerics/misc_sort.h"
-#include "numerics_helpers.h"
+#include "support/test_support.h"
 
 using namespace velmora;
-using numerics_test::failureOf;
+using velmora_test::failureOf;
 
 TEST(HeapSort, SortsAscending) {
     std::vector<std::vector<double>> cases = {{}, {5}, {3, 1, 2, 2}, {5, 4, 3, 2, 1}, {-1, 7, -1, 0, 7, 7, -3.5}};

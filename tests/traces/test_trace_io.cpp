@@ -1,19 +1,13 @@
 // Trace storage: the two file layouts, the reading rules, load from a
 // configuration, replay and the failures, and the fast number text that has
 // to equal stream insertion and extraction exactly.
-#include <gtest/gtest.h>
-
 #include <cfloat>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
-#include <sstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "config/conf.h"
 #include "core/misc_string.h"
@@ -71,16 +65,13 @@ TEST(Trace, ReadingRulesForLinesAndLayouts) {
         {"2.5\r\n#x\r\n", false, {2.5}},
     };
     for (const Case& c : cases) {
-        std::string path = tempPath("rules");
-        writeFile(path, c.text);
-        Trace trace(path, c.counted);
+        Trace trace(writeFile("rules", c.text), c.counted);
         EXPECT_EQ(contentsOf(trace), c.expected) << "text: " << c.text << " counted: " << c.counted;
     }
 }
 
 TEST(Trace, LoadFromConfiguration) {
-    std::string path = tempPath("conf");
-    writeFile(path, "2\n10\n20\n");
+    const std::string path = writeFile("conf", "2\n10\n20\n");
     auto load = [&](std::vector<std::pair<std::string, std::string>> entries) {
         velmora::Config config;
         for (const auto& e : entries) config.setValue(e.first, e.second == "<path>" ? path : e.second, true);
@@ -175,9 +166,7 @@ TEST(Trace, NumberReadingEqualsStreamExtraction) {
     }
     std::string file;
     for (const std::string& line : lines) file += line + "\n";
-    std::string path = tempPath("reader");
-    writeFile(path, file);
-    Trace trace(path, false);
+    Trace trace(writeFile("reader", file), false);
     ASSERT_EQ(trace.getSize(), lines.size());
     for (std::size_t i = 0; i < lines.size(); ++i) {
         double expected = velmora::toDouble(lines[i]);

@@ -1,11 +1,7 @@
 // The generation loop shared by all processes, driven by a process that
 // counts its calls and gives a fixed value each time.
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <vector>
 
-#include "core/libvelmora_settings.h"
 #include "trace_helpers.h"
 #include "traces/trace.h"
 

@@ -1,17 +1,10 @@
 // Sample statistics of a trace against figures computed independently with
 // numpy on the same twenty values, the empirical distribution grid, the
 // summary text and the target files of the fitters.
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <limits>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "numerics/matrix.h"
 #include "trace_helpers.h"
 #include "traces/trace.h"
 
