@@ -1,8 +1,7 @@
-// Helpers shared by the distribution tests: reference cases, reading a
-// family's text, samples and the Kolmogorov-Smirnov distance.
+// Helpers shared by the distribution tests: the reference hyper-Erlang and
+// reading a family's text.
 #pragma once
 
-#include <algorithm>
 #include <memory>
 
 #include "config/conf.h"
@@ -25,10 +24,7 @@ const std::vector<double> mixRates = {1, 5, 2.5}, mixProbabilities = {0.3, 0.5, 
 inline velmora::HyperErlang mixture() { return velmora::HyperErlang(mixPhases, mixRates, mixProbabilities); }
 
 // One computed value against its reference figure.
-struct Near {
-    const char* what;
-    double value, expected, tolerance;
-};
+struct Near { const char* what; double value, expected, tolerance; };
 
 // Reads key-value lines through a file, as a model file is read.
 inline std::unique_ptr<velmora::Dist> readConfig(const std::string& text) {
@@ -47,28 +43,6 @@ inline void expectSame(velmora::Dist* read, velmora::Dist* expected, const std::
     ASSERT_NE(read, nullptr) << what;
     EXPECT_EQ(read->getType(), expected->getType()) << what;
     EXPECT_EQ(read->toString(velmora::FORMAT_CONFIG), expected->toString(velmora::FORMAT_CONFIG)) << what;
-}
-
-const unsigned sampleSize = 20000;
-// The 0.1 % critical value of the two-sided KS distance, 1.95 / sqrt(n).
-const double ksCritical = 1.95 / std::sqrt(static_cast<double>(sampleSize));
-
-inline std::vector<double> sample(velmora::Dist& d, unsigned seed) {
-    d.setSeed(seed);
-    std::vector<double> x(sampleSize);
-    for (double& v : x) v = d.generateVariate();
-    return x;
-}
-
-// sup |F_n - F| of the sample against the family's distribution function.
-inline double ksDistance(std::vector<double> x, velmora::Dist& d) {
-    std::sort(x.begin(), x.end());
-    double n = x.size(), distance = 0;
-    for (size_t i = 0; i < x.size(); i++) {
-        double f = d.evalCDF(x[i]);
-        distance = std::max(distance, std::max(f - i / n, (i + 1) / n - f));
-    }
-    return distance;
 }
 
 }  // namespace disttest

@@ -27,12 +27,7 @@ TEST(DistRegistry, TypeNamesMapBothWaysAndUnknownOnesAreRefused) {
 
 TEST(DistText, EveryFamilyWritesBothLayoutsToTheCharacterAndReadsThemBack) {
     enum Xml { NONE, WRITTEN, READ };  // no XML form; written, but not read; read back
-    struct Case {
-        std::shared_ptr<Dist> dist;
-        std::string keyValue;
-        std::string xml;
-        Xml form;
-    };
+    struct Case { std::shared_ptr<Dist> dist; std::string keyValue; std::string xml; Xml form; };
     using U = std::vector<unsigned>;
     using V = std::vector<double>;
     // Fixed notation with six decimals except for the elementary families. The

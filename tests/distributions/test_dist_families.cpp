@@ -106,10 +106,7 @@ TEST(DistFamilies, ClosedFormsAgreeWithScipyAtTheEndsAndOutsideTheSupport) {
 }
 
 TEST(DistFamilies, NormalDistributionFunctionIsTheFourDecimalTable) {
-    struct Case {
-        double z;
-        double expected;
-    };
+    struct Case { double z; double expected; };
     // Phi rounded to four decimals at z rounded to two (scipy.stats.norm.cdf).
     const Case cases[] = {
         {0, 0.5},        {0.004, 0.5},         {0.005, 0.504},       {0.5, 0.6915},

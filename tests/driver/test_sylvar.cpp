@@ -14,10 +14,7 @@ using namespace velmora_test;
 
 namespace {
 
-struct SylvarRun {
-    std::string out;
-    int status;
-};
+struct SylvarRun { std::string out; int status; };
 
 SylvarRun sylvar(const std::string& arguments) {
     std::string command = std::string(SYLVAR_PATH) + " " + arguments + " 2>&1";

@@ -11,12 +11,7 @@ TEST(Uniformization, PoissonWeightsAreRelativeToTheMode) {
     // 1 / weightSum is the Poisson probability of the mode trunc(q) and
     // leftWeight / weightSum that of the left limit (scipy.stats.poisson.pmf);
     // the right limit is the smallest R with scipy.stats.poisson.sf(R, q) < 1e-12.
-    struct Case {
-        double q;
-        double pmfMode;
-        int left, right;
-        double pmfLeft;
-    };
+    struct Case { double q; double pmfMode; int left, right; double pmfLeft; };
     const Case cases[] = {
         {0.5, 0.6065306597126334, 0, 11, 0.6065306597126334},
         {3.7, 0.20872013105035025, 0, 24, 0.024723526470339385},
@@ -72,10 +67,7 @@ TEST(Uniformization, ZeroMeanCopiesTheVectorAndOtherOrdersAreRefused) {
 
 TEST(CPHDistribution, CurvesMatchTheMatrixExponential) {
     // 1 - tau @ expm(x T) @ 1 and tau @ expm(x T) @ (-T 1), by scipy.linalg.expm.
-    struct Point {
-        unsigned index;
-        double x, cdf, pdf;
-    };
+    struct Point { unsigned index; double x, cdf, pdf; };
     const Point points[] = {
         {0, 0.5, 0.39642030935355077, 0.5742141099472902},
         {500, 1.0, 0.6208015459658728, 0.34779935313402066},
@@ -173,12 +165,7 @@ TEST(CPHGeneration, DrawsFollowTheChainAndMatchItsMoments) {
 TEST(CPHGeneration, ChainsThatCannotBeWalkedAreRefused) {
     CPH unseeded(denseT(), denseTau());
     EXPECT_EQ(failureOf([&] { unseeded.getNextRandomVariate(); }), "cph: Initialize Random Number Generation first.");
-    struct Case {
-        const char* name;
-        Matrix T;
-        Vector tau;
-        const char* failure;
-    };
+    struct Case { const char* name; Matrix T; Vector tau; const char* failure; };
     const Case cases[] = {
         {"zero rate", mat({{0, 0}, {0, -1}}), row({1, 0}), "random: Invalid rate for exponential distribution"},
         {"closed cycle", mat({{-1, 1}, {1, -1}}), row({1, 0}),

@@ -23,11 +23,7 @@ const std::vector<double> INTERVALS = {0.3, 1.7, 0.05, 2.4, 0.9, 0.0, 3.3, 0.6};
 TEST(MAP, ValidityFollowsSignsShapesAndRowSums) {
     MAP map = erlangTwo();
     EXPECT_TRUE(map.valid_map());
-    struct Case {
-        Matrix d0, d1;
-        bool valid;
-        const char* what;
-    } cases[] = {
+    struct Case { Matrix d0, d1; bool valid; const char* what; } cases[] = {
         {mat({{-2}}), mat({{2}}), true, "one phase"},
         {mat({{-2, 1}, {0, -1}}), mat({{1, 1e-6}, {1, 0}}), false, "row fails to close by 1e-6"},
         {mat({{-2, 1}, {0, -1}}), mat({{1, 1e-8}, {1, 0}}), true, "row fails to close by 1e-8"},
@@ -134,10 +130,7 @@ TEST(MAP, WalksThatCannotStartOrEndAreRefused) {
     MAP copy(map);
     EXPECT_EQ(failureOf([&] { copy.getNextRandomVariate(); }), "maps: Initialize Random Number Generation first.");
 
-    struct Case {
-        const char* name;
-        Matrix d0, d1;
-    } cases[] = {
+    struct Case { const char* name; Matrix d0, d1; } cases[] = {
         // Phases 1 and 2 pass the chain between them and leak, but never
         // give an event: a walk that enters them could not end.
         {"leaking pair", mat({{-2, 0.5, 0}, {0, -1, 0.5}, {0, 0.5, -1}}), mat({{1.5, 0, 0}, {0, 0, 0}, {0, 0, 0}})},

@@ -49,12 +49,7 @@ TEST(CPH, MomentsVarianceAndExitRatesMatchTheMatrixFormulas) {
 }
 
 TEST(CPH, StructuralPredicates) {
-    struct Case {
-        const char* name;
-        Matrix T;
-        Vector tau;
-        bool valid, acyclic, exponential, erlang, seriesCF;
-    };
+    struct Case { const char* name; Matrix T; Vector tau; bool valid, acyclic, exponential, erlang, seriesCF; };
     Case cases[] = {
         {"exponential", mat({{-2}}), row({1}), true, true, true, true, true},
         {"erlang 3", mat({{-2, 2, 0}, {0, -2, 2}, {0, 0, -2}}), row({1, 0, 0}), true, true, false, true, true},

@@ -70,10 +70,7 @@ TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
 }
 
 TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
-    struct Case {
-        std::string text;
-        Matrix expected;
-    } cases[] = {
+    struct Case { std::string text; Matrix expected; } cases[] = {
         {"  1   2  \n3 4 ", Matrix({{1, 2}, {3, 4}})},  // extra blanks add no tokens
         {"0.5 -1e-3", Matrix({{0.5, -0.001}})},
         {"1 x\n3 4", Matrix({{1, 0}, {3, 4}})},  // what can't be read counts as 0
@@ -85,9 +82,7 @@ TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
         {"1\t2", Matrix({{1}})},  // tabs don't separate
     };
     for (const Case& c : cases) EXPECT_EQ(Matrix(c.text), c.expected) << c.text;
-    struct Bad {
-        std::string text, failure;
-    } bad[] = {
+    struct Bad { std::string text, failure; } bad[] = {
         {"1 2\n3", NOT_A_MATRIX},
         {"1 2\n3 4\n", NOT_A_MATRIX},  // the final line feed leaves an empty last line
         {"", COUNTS},
@@ -142,10 +137,7 @@ TEST(Matrix, ScalarQueriesAndShapeTestsAreExact) {
     EXPECT_FALSE(Matrix({{1, 5}, {1e-300, 3}}).isUpperTriangular());
 
     // The subgenerator test has no tolerance either.
-    struct Case {
-        Matrix m;
-        bool expected;
-    } cases[] = {
+    struct Case { Matrix m; bool expected; } cases[] = {
         {Matrix({{-1, 1}, {2, -3}}), true},
         {Matrix(2, 2, MATRIX_ZERO), true},
         {Matrix({{-1, 1.0000001}, {0, -1}}), false},  // row sum above 0

@@ -29,10 +29,7 @@ TEST(GaussJordan, InversesAgreeWithNumpyAndTinyPivotsAreRefused) {
         expectNear(a ^ -1, Matrix(c.inv), 1e-12, what);
     }
     // The pivot threshold 1e-17 is absolute.
-    struct Bad {
-        Matrix a;
-        std::string failure;
-    } bad[] = {
+    struct Bad { Matrix a; std::string failure; } bad[] = {
         {Matrix({{1, 2}, {2, 4}}), "misc_linalg: Singular matrix."},
         {Matrix({{1e-17, 0}, {0, 1}}), "misc_linalg: Singular matrix."},
         {Matrix({{1, 2, 3}, {4, 5, 6}}), "misc_linalg: Matrix cannot be inverted."},

@@ -7,11 +7,7 @@ using namespace velmora;
 using velmora_test::failureOf;
 
 TEST(MiscMath, RoundGoesHalfAwayFromZero) {
-    const struct {
-        double x;
-        unsigned digits;
-        double expected;
-    } cases[] = {
+    const struct { double x; unsigned digits; double expected; } cases[] = {
         {2.5, 0, 3.0}, {-2.5, 0, -3.0}, {0.125, 2, 0.13}, {-0.125, 2, -0.13},
         {1.23456, 3, 1.235}, {-7.4, 0, -7.0}, {0.0, 4, 0.0}, {1234.5678, 1, 1234.6},
     };
@@ -20,9 +16,7 @@ TEST(MiscMath, RoundGoesHalfAwayFromZero) {
 
 TEST(MiscMath, FactorialWrapsInThirtyTwoBits) {
     // n! mod 2^32, exact integer arithmetic in python; 33! holds 31 factors of 2.
-    const struct {
-        unsigned long n, expected;
-    } cases[] = {
+    const struct { unsigned long n, expected; } cases[] = {
         {0, 1}, {5, 120}, {12, 479001600UL}, {13, 1932053504UL}, {20, 2192834560UL},
         {33, 2147483648UL}, {34, 0}, {1000000000000UL, 0},
     };
@@ -33,9 +27,7 @@ TEST(MiscMath, GammaFunctionIsExactOnlyAtIntegersAndHalfIntegers) {
     // scipy.special.gamma at integers and half-integers. Elsewhere Stirling's
     // first term, sqrt(2 pi) x^(x - 1/2) e^(-x), not Gamma(1.7) = 0.908638732853.
     // Beyond 13 the integers inherit the wrapped factorial.
-    const struct {
-        double x, expected, relTol;
-    } cases[] = {
+    const struct { double x, expected, relTol; } cases[] = {
         {1.0, 1.0, 0.0},                  {13.0, 479001600.0, 0.0},         {0.5, 1.7724538509055159, 1e-15},
         {2.5, 1.329340388179137, 1e-15},  {6.5, 287.88527781504433, 1e-15}, {1.7, 0.865621471794, 1e-11},
         {3.3, 2.6167195285806382, 1e-13}, {14.0, 1932053504.0, 0.0},

@@ -37,9 +37,7 @@ double setDistance(const Vec& zr, const Vec& zi, Vec er, Vec ei) {
 TEST(Loggamma, MatchesLogGammaToPikeHillAccuracy) {
     // scipy.special.gammaln; the series cut after x^-7 leaves about 2e-11.
     // Below 7 the argument is shifted up first.
-    const struct {
-        double x, expected;
-    } cases[] = {
+    const struct { double x, expected; } cases[] = {
         {1e-05, 11.512919692895826}, {2.0, 0.0},          {6.9999, 6.579063934344322},
         {7.0, 6.579251212010101},    {1000.0, 5905.220423209181},
     };
@@ -50,9 +48,7 @@ TEST(Loggamma, MatchesLogGammaToPikeHillAccuracy) {
 
 TEST(Cpoly, ZerosOfRandomPolynomialsMatchAsSets) {
     // Coefficients, highest power first, and their zeros: numpy.roots.
-    const struct {
-        Vec cr, ci, zr, zi;
-    } cases[] = {
+    const struct { Vec cr, ci, zr, zi; } cases[] = {
         // degree 20
         {{1.028857, 1.64192, 1.14672, -0.97318, -1.3928, 0.067196, 0.861351, 0.509187, 1.810286, 0.750843, 0.63976,
           -0.731323, -1.107717, 1.484406, 0.048912, 0.81152, -1.376423, -0.436371, -1.291092, -0.775679, 0.903063},
@@ -81,9 +77,7 @@ TEST(Cpoly, ZerosOfRandomPolynomialsMatchAsSets) {
 }
 
 TEST(Cpoly, SmallExamplesAndZerosAtTheOrigin) {
-    const struct {
-        Vec cr, ci, zr, zi;
-    } cases[] = {
+    const struct { Vec cr, ci, zr, zi; } cases[] = {
         {{-0.5, 1}, {0, 0}, {2}, {0}},                      // 1 - 0.5 z
         {{1, 0, 1}, {0, 0, 0}, {0, 0}, {1, -1}},            // z^2 + 1
         {{1, -3, 3, -1}, {0, 0, 0, 0}, {1, 1, 1}, {0, 0, 0}},  // (z - 1)^3

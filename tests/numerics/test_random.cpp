@@ -92,6 +92,7 @@ TEST(Rand, EveryContinuousVariateFollowsItsDistribution) {
         {"gamma(2.5,2)", [](Rand& r) { return r.gamma(2.5, 2); }, {2.34253, 3.6555, 5.13187, 7.28928}, 5, 10},
         {"beta(2,5)", [](Rand& r) { return r.beta(2, 5); },
          {0.139881, 0.222584, 0.309444, 0.422448}, 0.285714, 0.0255102},
+        {"beta(1,1)", [](Rand& r) { return r.beta(1, 1); }, {0.2, 0.4, 0.6, 0.8}, 0.5, 1.0 / 12},
         {"pearsonV(3,2)", [](Rand& r) { return r.pearsonV(3, 2); }, {0.467396, 0.644044, 0.875244, 1.30289}, 1, 1},
         {"pearsonVI(2,4,1.5)", [](Rand& r) { return r.pearsonVI(2, 4, 1.5); },
          {0.304205, 0.542397, 0.86215, 1.44229}, 1, 1.25},

@@ -24,11 +24,7 @@ TEST(ARIMA, LoadResetsTheSixModelFieldsButKeepsTheMethod) {
 }
 
 TEST(ARIMA, BrokenModelFilesAreRefused) {
-    const struct {
-        const char* text;
-        format f;
-        const char* message;
-    } cases[] = {
+    const struct { const char* text; format f; const char* message; } cases[] = {
         {"order = 1 0\n", FORMAT_CONFIG, "arima: Invalid model order."},
         {"model = arta\n", FORMAT_CONFIG, "arima: Not an F-ARIMA model."},
         {"<velmora><arta><d>0</d></arta></velmora>", FORMAT_XML, "arima: Not an F-ARIMA model."},

@@ -11,10 +11,7 @@ TEST(ARTAMapping, MappingFollowsTheMarginalFamily) {
     Normal n(3, 2);
     Uniform u(0, 1);
     Exponential e(1);
-    const struct {
-        Dist* d;
-        double rho, expected;
-    } cases[] = {
+    const struct { Dist* d; double rho, expected; } cases[] = {
         {&n, 0.7, 0.7}, {&n, -0.31, -0.31}, {&n, 0.0004, 0.0004},
         {&u, 1.0, 1.0}, {&u, 0.0, 0.0}, {&u, 0.5, 0.5176380902050415}, {&u, -0.5, -0.5176380902050415},
         {&u, 0.0005, 2 * std::sin(0.0005 * M_PI / 6)},
@@ -41,12 +38,7 @@ TEST(ARTAMapping, JointMomentsMatchAnIndependentQuadrature) {
     Gamma gamma(2.0, 1.5);
     Lognormal lognormal(0.0, 0.5);
     Weibull weibull(1.5, 2.0);
-    const struct {
-        Dist* d;
-        double rho;
-        unsigned k, l;
-        double expected;
-    } cases[] = {
+    const struct { Dist* d; double rho; unsigned k, l; double expected; } cases[] = {
         {&gamma, 0.9, 1, 1, 13.008327255809801},     {&gamma, -0.3, 1, 1, 7.827321623358033},
         {&gamma, 0.5, 2, 1, 58.64853846122634},      {&lognormal, 0.9, 1, 1, 1.608014197485469},
         {&lognormal, -0.3, 1, 1, 1.191246216612356}, {&weibull, 0.5, 1, 1, 3.9848186479425225},

@@ -45,11 +45,7 @@ TEST(Trace, SavedFilesKeepSixDigitsAndReadBackInBothLayouts) {
 }
 
 TEST(Trace, ReadingRulesForLinesAndLayouts) {
-    struct Case {
-        const char* text;
-        bool counted;
-        std::vector<double> expected;
-    };
+    struct Case { const char* text; bool counted; std::vector<double> expected; };
     const Case cases[] = {
         {"3.5 abc\n# 3.5\n # 3.5\n", false, {3.5, 0.0}},
         {"\n\n2\n\n", false, {2.0}},

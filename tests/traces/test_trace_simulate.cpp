@@ -34,13 +34,7 @@ public:
 }  // namespace
 
 TEST(Simulate, StopRulesDecideTheLength) {
-    struct Case {
-        int stop;
-        unsigned observations;
-        double time;
-        double step;
-        unsigned expected;
-    };
+    struct Case { int stop; unsigned observations; double time; double step; unsigned expected; };
     const Case cases[] = {
         {1, 7, 100.0, 1.0, 7},   // by count only
         {1, 0, 100.0, 1.0, 0},
