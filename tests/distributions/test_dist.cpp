@@ -92,10 +92,7 @@ TEST(DistText, EveryFamilyWritesBothLayoutsToTheCharacterAndReadsThemBack) {
 }
 
 TEST(DistChecks, InvalidParametersAndMissingOperationsThrowTheFamilyMessage) {
-    struct Case {
-        std::function<void()> call;
-        std::string message;
-    };
+    struct Case { std::function<void()> call; std::string message; };
     const std::string range = "Invalid range for uniform distribution";
     const std::string triangle = "Invalid parameters for triangular distribution.";
     const std::string gamma = "Invalid parameters for gamma distribution.";

@@ -25,8 +25,7 @@ std::unique_ptr<Dist> xml(const std::string& text) { return readXml("<dist>" + t
 
 TEST(DistLoad, ReadersTakeDefaultsUnitsAndListsOfTheirFamilyOnly) {
     EXPECT_EQ(readConfig("rate = 2\n"), nullptr);
-    struct Case { bool xml; const char* text; std::shared_ptr<Dist> expected; };
-    const Case cases[] = {
+    struct Case { bool xml; const char* text; std::shared_ptr<Dist> expected; } cases[] = {
         {false, "uniform\nrate = 5\n", make_shared<Uniform>(0.0, 1.0)},
         {false, "triangular\n", make_shared<Triangular>(0.0, 1.0, 0.5)},
         {false, "chisquare\n", make_shared<ChiSquare>(2u)},
@@ -52,8 +51,7 @@ TEST(DistLoad, EveryFaultHasItsMessage) {
     const char* hyperExpSum = "Sum of initial probabilities for Hyper-Exponential must equal 1.";
     const char* hyperErlDims = "Dimensions for Hyper-Erlang vectors do not match.";
     const char* johnson = "Distribution family johnson is not available yet.";
-    struct Case { bool xml; const char* text; const char* message; };
-    const Case cases[] = {
+    struct Case { bool xml; const char* text; const char* message; } cases[] = {
         {false, "Normal\n", "Unknown distribution"},
         {false, "hyperexponential\nphases = 2\nprob = 0.5 0.6\nrates = 1 2\n", hyperExpSum},
         // A single probability is not read as a list: its sum is 0.

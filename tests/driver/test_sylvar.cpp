@@ -64,39 +64,18 @@ std::vector<std::string> lines(const std::string& path) {
 
 }  // namespace
 
-TEST(Sylvar, NoArgumentsOrHelpAloneIsSilent) {
-    for (const char* arguments : {"", "--help"}) {
-        SylvarRun run = sylvar(arguments);
-        EXPECT_EQ(run.out, "") << arguments;
-        EXPECT_EQ(run.status, 0);
-    }
-}
-
-TEST(Sylvar, BadArgumentsEndThroughTheHandlerWithStatusZero) {
-    struct Case { const char* arguments; const char* message; } cases[] = {
-        {"--help -x=1", "Invalid command line parameter."},
-        {"-x", "Invalid command line parameter."},
-        {"-=x", "Invalid command line parameter."},
-        {"-seed=", "No value for key."},
-        {"-seed=4", "Error loading model."},  // arguments, but no model file named
-    };
-    for (const auto& c : cases) {
-        SylvarRun run = sylvar(c.arguments);
-        std::string module = std::string(c.message) == "Error loading model." ? "process" : "conf";
-        EXPECT_EQ(withoutLineNumber(run.out), failure(module, c.message)) << c.arguments;
-        EXPECT_EQ(run.status, 0);
-    }
-}
-
-TEST(Sylvar, BadModelFilesAreReportedWithTheirModule) {
+// Failures end through the handler, with status 0; --help alone is silent.
+TEST(Sylvar, BadArgumentsAndModelFilesAreReportedWithTheirModule) {
     std::string malformed = writeFile("bad.xml", "<velmora><map></velmora>");
     std::string unknown = writeFile("unknown.xml", "<velmora><mep><d0>-1</d0></mep></velmora>");
-    struct Case { std::string arguments; std::string expected; } cases[] = {
-        {"-model=" + tempPath("missing.xml"), failure("conf", "Cannot open file.")},
+    struct Case { std::string arguments, expected; } cases[] = {
+        {"", ""},
+        {"--help", ""},
+        {"--help -x=1", failure("conf", "Invalid command line parameter.")},
+        {"-seed=4", failure("process", "Error loading model.")},  // arguments, but no model file named
         {"-model=" + malformed, failure("conf", "XML parse error.")},
         {"-MODEL=" + unknown, failure("process", "Error loading model.")},
-        // paramfile wins over model
-        {"-model=" + unknown + " -paramfile=" + malformed, failure("conf", "XML parse error.")},
+        {"-model=" + unknown + " -paramfile=" + malformed, failure("conf", "XML parse error.")},  // paramfile wins
     };
     for (const auto& c : cases) {
         SylvarRun run = sylvar(c.arguments);
@@ -109,14 +88,12 @@ TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
     for (const char* model : {"map.xml", "ph.xml", "arma.xml", "arta.xml", "dist.xml"}) {
         std::string trace = tempPath(std::string("run_") + model + ".txt");
         SylvarRun run = sylvar("-model=" + modelPath(model) + " -trace=" + trace + " -seed=7");
-
         // The same road through the library gives the expected text.
         XMLConfig document(modelPath(model));
         Process* process = load_process(&document);
         Trace* generated = process->simulate(1, 1000, 10000.0, 7);
-        std::string expected = report(7, 1, "10000", 1000, false, trace) + process->getSummary() + "\n" +
-                               generated->getSummary() + "\n";
-        EXPECT_EQ(run.out, expected) << model;
+        EXPECT_EQ(run.out, report(7, 1, "10000", 1000, false, trace) + process->getSummary() + "\n" +
+                               generated->getSummary() + "\n") << model;
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(lines(trace).size(), 1000u);
         delete generated;
@@ -124,15 +101,12 @@ TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
     }
 }
 
-TEST(Sylvar, WithoutTraceOnlyTheReportIsPrinted) {
+TEST(Sylvar, StopCriteriaAndCountedLayout) {
+    // Without a trace only the report is printed; only "1" selects the counted layout.
     SylvarRun run = sylvar("-MODEL=" + modelPath("map.xml") + " -traceFormat=true -seed=3 -seed=4");
     EXPECT_EQ(run.out, report(3, 1, "10000", 1000, false, ""));
-    EXPECT_EQ(run.status, 0);
-}
-
-TEST(Sylvar, StopCriteriaAndCountedLayout) {
     std::string trace = tempPath("stop.txt");
-    SylvarRun run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=50 -traceFormat=1");
+    run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=50 -traceFormat=1");
     EXPECT_EQ(run.out.substr(0, report(13, 2, "50", 1000, true, trace).size()), report(13, 2, "50", 1000, true, trace));
     std::vector<std::string> written = lines(trace);
     ASSERT_GE(written.size(), 2u);
@@ -154,22 +128,16 @@ TEST(Sylvar, EmptyTraceFailsInItsSummaryAfterTheModelSummary) {
               failure("trace", "Invalid trace element."));
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(lines(trace).empty());
-    std::ifstream file(trace.c_str());
-    EXPECT_TRUE(file.good());
+    EXPECT_TRUE(std::ifstream(trace).good());
 }
 
 // sylvar's trace files carry six significant digits; the statistics of a long
 // run still agree with the model's analytic figures.
 TEST(Sylvar, GeneratedTracesReproduceTheModelsStatistics) {
-    struct Case {
-        const char* model;
-        const char* observations;
-        double meanTolerance;
-        double varianceTolerance;  // relative
-        double correlationTolerance;
-        unsigned lags;
-        double variance;  // 0: from the model's moments
-    } cases[] = {
+    // Tolerances of the mean, the relative variance and the autocorrelations;
+    // a variance of 0 is taken from the model's moments.
+    struct Case { const char *model, *observations; double meanTolerance, varianceTolerance, correlationTolerance;
+                  unsigned lags; double variance; } cases[] = {
         {"map.xml", "100000", 0.035, 0.1, 0.025, 5, 0.0},
         {"arma.xml", "1000000", 0.01, 0.01, 0.005, 10, 0.0},
         // The triangular family gives its first moment only: its variance is

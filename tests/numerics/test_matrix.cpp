@@ -18,10 +18,7 @@ Matrix m22() { return Matrix({{1, 2}, {3, 4}}); }
 TEST(Matrix, EveryRefusalAndIndexCheckCarriesItsMessage) {
     Matrix m = m22(), r({{1, 2, 3}});
     Vector row({1, 2}, true), row3({10, 20, 30}, true);
-    struct Case {
-        std::function<void()> f;
-        std::string failure;
-    } cases[] = {
+    struct Case { std::function<void()> f; std::string failure; } cases[] = {
         {[] { Matrix(0, 2, MATRIX_ZERO); }, COUNTS},
         {[] { Vector(0, true, VECTOR_ZERO); }, COUNTS},
         {[] { Matrix(2, 3, MATRIX_IDENTITY); }, "matrix: Cannot create identity matrix."},

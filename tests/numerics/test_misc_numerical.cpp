@@ -162,12 +162,7 @@ TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {
 }
 
 TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
-    const struct {
-        double a, b;
-        double (*f)(double, Vec);
-        Vec params;
-        double expected;
-    } cases[] = {
+    const struct { double a, b; double (*f)(double, Vec); Vec params; double expected; } cases[] = {
         {0, 1, expFcn, {}, std::exp(1.0) - 1},
         {0, 3, scaledSquare, {2, 1}, 21.0},  // params reach f untouched
         {2, 0, scaledSquare, {3, 0}, -8.0},  // reversed limits change the sign

@@ -161,11 +161,7 @@ TEST(Rand, SetSeedRestartsTheUniformStreamAndKeepsTheSpareNormal) {
 // written out in python over numpy's MT19937 words (RandomState seeding) times
 // 2.3283064370807974e-10; every gamma branch and a rejected polar pair occur.
 TEST(Rand, EachMethodConsumesTheStreamInItsFixedOrder) {
-    const struct {
-        unsigned long seed;
-        std::function<double(Rand&, int)> draw;
-        double eighth, nextUniform;
-    } cases[] = {
+    const struct { unsigned long seed; std::function<double(Rand&, int)> draw; double eighth, nextUniform; } cases[] = {
         {13UL, [](Rand& r, int i) { return i % 2 ? r.normal(-3.0, 0.5) : r.normal(1.0, 2.0); },
          -2.2366214859333917, 0.7755265093351543},
         {14UL, [](Rand& r, int) { return r.lognormal(0.5, 0.75); }, 0.7843060161891823, 0.9576037416601563},
@@ -258,10 +254,7 @@ TEST(Rand, ExtremeShapesStayFinite) {
 }
 
 TEST(Rand, InvalidParametersRaiseTheFamilyMessage) {
-    struct Case {
-        std::function<void(Rand&)> call;
-        std::string message;
-    };
+    struct Case { std::function<void(Rand&)> call; std::string message; };
     // One row per guard; NaN passes a guard written as "sigma < 0".
     const std::vector<Case> cases = {
         {[](Rand& r) { r.uniform(-1.0, 1.0); }, "Invalid range for uniform distribution"},

@@ -24,18 +24,15 @@ public:
         if (failAfter != 0 && draws > failAfter) throw velmora::Exception("step", __LINE__, "exhausted");
         return step;
     }
-
     double step;
-    unsigned failAfter;
-    unsigned draws = 0;
+    unsigned failAfter, draws = 0;
     std::vector<unsigned> seeds;
 };
 
 }  // namespace
 
 TEST(Simulate, StopRulesDecideTheLength) {
-    struct Case { int stop; unsigned observations; double time; double step; unsigned expected; };
-    const Case cases[] = {
+    struct Case { int stop; unsigned observations; double time; double step; unsigned expected; } cases[] = {
         {1, 7, 100.0, 1.0, 7},   // by count only
         {1, 0, 100.0, 1.0, 0},
         {2, 7, 10.0, 1.0, 10},   // a sum equal to the time ends the run
