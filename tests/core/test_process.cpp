@@ -1,5 +1,3 @@
-#include <memory>
-
 #include "config/conf.h"
 #include "core/process.h"
 #include "support/test_support.h"

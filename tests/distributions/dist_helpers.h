@@ -2,8 +2,6 @@
 // reading a family's text.
 #pragma once
 
-#include <memory>
-
 #include "config/conf.h"
 #include "distributions/dist.h"
 #include "distributions/dist_load.h"

@@ -1,8 +1,6 @@
 // The distribution contract: registry, text layouts of every family and
 // their reading back, the messages of checks and unsupported operations,
 // seeding, copies and the log-likelihood of a trace.
-#include <memory>
-
 #include "dist_helpers.h"
 #include "distributions/dist.h"
 #include "traces/trace.h"

@@ -2,9 +2,6 @@
 // family against independent figures (scipy.stats), the deliberate grain of
 // the table-based normal distribution function, and the system's gamma
 // function where it is Stirling's approximation rather than exact.
-#include <algorithm>
-#include <limits>
-
 #include "dist_helpers.h"
 #include "distributions/dist.h"
 

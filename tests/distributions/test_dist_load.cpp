@@ -1,8 +1,6 @@
 // The distribution readers: defaults, units and value mapping of the
 // key-value and XML forms, the vector families' own steps and every message.
 // Each family's own text read back is tested with its layouts.
-#include <memory>
-
 #include "config/conf.h"
 #include "dist_helpers.h"
 #include "distributions/dist.h"

@@ -2,8 +2,6 @@
 // checked against reference quantiles with the numerics; the hyper-Erlang
 // mixture is checked here, against its own distribution function and for the
 // draw order of Rand::hyper_erlang.
-#include <algorithm>
-
 #include "dist_helpers.h"
 #include "distributions/dist.h"
 #include "numerics/random.h"

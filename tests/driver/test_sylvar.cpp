@@ -2,7 +2,6 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <memory>
 
 #include "config/conf.h"
 #include "core/process.h"

@@ -1,8 +1,6 @@
 // Dense linear algebra: elimination, inversion, the singular value
 // decomposition, the Cholesky factor, stationary vectors and reduced moments,
 // checked against numpy.linalg (figures below computed with numpy 1.24).
-#include <algorithm>
-
 #include "numerics/misc_linalg.h"
 #include "support/test_support.h"
 

@@ -1,5 +1,4 @@
 // Heap sort: ascending order, duplicates, and the guarded steps.
-#include <algorithm>
 #include <random>
 
 #include "numerics/misc_sort.h"

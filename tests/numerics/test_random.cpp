@@ -1,6 +1,5 @@
 // Random streams: the generator's reference sequences, the distribution and
 // draw order of every variate method, and the parameter checks.
-#include <algorithm>
 #include <cstdint>
 #include <random>
 
@@ -66,56 +65,41 @@ TEST(MTRand, CopiesContinueTheSameStreamAndSystemSeedsDiffer) {
 // (about 4 standard errors) of its nominal value, the sample mean within 4.5
 // standard errors of the exact mean.
 TEST(Rand, EveryContinuousVariateFollowsItsDistribution) {
-    const struct {
-        std::string name;
-        std::function<double(Rand&)> draw;
-        std::vector<double> quintiles;  // the 20 %, 40 %, 60 % and 80 % quantiles
-        double mean, variance;
-    } cases[] = {
-        // Quantiles (to six digits), means and variances from scipy.stats
-        // (ppf, mean, var); the hypo-exponential quantiles by brentq on its
-        // closed-form distribution function.
-        {"uniform(1,4)", [](Rand& r) { return r.uniform(1, 4); }, {1.6, 2.2, 2.8, 3.4}, 2.5, 0.75},
-        {"exponential(2.5)", [](Rand& r) { return r.exponential(2.5); },
-         {0.0892574, 0.20433, 0.366516, 0.643775}, 0.4, 0.16},
-        {"normal(1,2)", [](Rand& r) { return r.normal(1, 2); }, {-0.683242, 0.493306, 1.50669, 2.68324}, 1, 4},
-        {"lognormal(0.5,0.75)", [](Rand& r) { return r.lognormal(0.5, 0.75); },
-         {0.877028, 1.36341, 1.99374, 3.09942}, 2.1842, 3.60216},
-        {"erlang(3,2)", [](Rand& r) { return r.erlang(3, 2); }, {0.767522, 1.14254, 1.55269, 2.13951}, 1.5, 0.75},
-        {"hypo_exponential(1,3)", [](Rand& r) { return r.hypo_exponential({1.0, 3.0}); },
+    const struct { std::function<double(Rand&)> draw; std::vector<double> quintiles; double mean, variance; } cases[] = {
+        // The 20 %, 40 %, 60 % and 80 % quantiles (to six digits), means and
+        // variances from scipy.stats (ppf, mean, var); the hypo-exponential
+        // quantiles by brentq on its closed-form distribution function.
+        {[](Rand& r) { return r.uniform(1, 4); }, {1.6, 2.2, 2.8, 3.4}, 2.5, 0.75},
+        {[](Rand& r) { return r.exponential(2.5); }, {0.0892574, 0.20433, 0.366516, 0.643775}, 0.4, 0.16},
+        {[](Rand& r) { return r.normal(1, 2); }, {-0.683242, 0.493306, 1.50669, 2.68324}, 1, 4},
+        {[](Rand& r) { return r.lognormal(0.5, 0.75); }, {0.877028, 1.36341, 1.99374, 3.09942}, 2.1842, 3.60216},
+        {[](Rand& r) { return r.erlang(3, 2); }, {0.767522, 1.14254, 1.55269, 2.13951}, 1.5, 0.75},
+        {[](Rand& r) { return r.hypo_exponential({1.0, 3.0}); },
          {0.496923, 0.853977, 1.29651, 2.00889}, 4.0 / 3.0, 1.0 + 1.0 / 9.0},
-        {"weibull(1.5,2)", [](Rand& r) { return r.weibull(1.5, 2); },
-         {0.735788, 1.27804, 1.88677, 2.74671}, 1.80549, 1.50276},
-        {"gamma(0.3,2)", [](Rand& r) { return r.gamma(0.3, 2); },
-         {0.00654068, 0.0674796, 0.282505, 0.920148}, 0.6, 1.2},
-        {"gamma(1,2)", [](Rand& r) { return r.gamma(1, 2); }, {0.446287, 1.02165, 1.83258, 3.21888}, 2, 4},
-        {"gamma(2.5,2)", [](Rand& r) { return r.gamma(2.5, 2); }, {2.34253, 3.6555, 5.13187, 7.28928}, 5, 10},
-        {"beta(2,5)", [](Rand& r) { return r.beta(2, 5); },
-         {0.139881, 0.222584, 0.309444, 0.422448}, 0.285714, 0.0255102},
-        {"beta(1,1)", [](Rand& r) { return r.beta(1, 1); }, {0.2, 0.4, 0.6, 0.8}, 0.5, 1.0 / 12},
-        {"pearsonV(3,2)", [](Rand& r) { return r.pearsonV(3, 2); }, {0.467396, 0.644044, 0.875244, 1.30289}, 1, 1},
-        {"pearsonVI(2,4,1.5)", [](Rand& r) { return r.pearsonVI(2, 4, 1.5); },
-         {0.304205, 0.542397, 0.86215, 1.44229}, 1, 1.25},
-        {"triangular(1,4,2)", [](Rand& r) { return r.triangular(1, 4, 2); },
-         {1.7746, 2.10263, 2.45081, 2.90455}, 7.0 / 3.0, 0.388889},
-        {"chi2(5)", [](Rand& r) { return r.chi2(5); }, {2.34253, 3.6555, 5.13187, 7.28928}, 5, 10},
+        {[](Rand& r) { return r.weibull(1.5, 2); }, {0.735788, 1.27804, 1.88677, 2.74671}, 1.80549, 1.50276},
+        {[](Rand& r) { return r.gamma(0.3, 2); }, {0.00654068, 0.0674796, 0.282505, 0.920148}, 0.6, 1.2},
+        {[](Rand& r) { return r.gamma(1, 2); }, {0.446287, 1.02165, 1.83258, 3.21888}, 2, 4},
+        {[](Rand& r) { return r.gamma(2.5, 2); }, {2.34253, 3.6555, 5.13187, 7.28928}, 5, 10},
+        {[](Rand& r) { return r.beta(2, 5); }, {0.139881, 0.222584, 0.309444, 0.422448}, 0.285714, 0.0255102},
+        {[](Rand& r) { return r.beta(1, 1); }, {0.2, 0.4, 0.6, 0.8}, 0.5, 1.0 / 12},
+        {[](Rand& r) { return r.pearsonV(3, 2); }, {0.467396, 0.644044, 0.875244, 1.30289}, 1, 1},
+        {[](Rand& r) { return r.pearsonVI(2, 4, 1.5); }, {0.304205, 0.542397, 0.86215, 1.44229}, 1, 1.25},
+        {[](Rand& r) { return r.triangular(1, 4, 2); }, {1.7746, 2.10263, 2.45081, 2.90455}, 7.0 / 3.0, 0.388889},
+        {[](Rand& r) { return r.chi2(5); }, {2.34253, 3.6555, 5.13187, 7.28928}, 5, 10},
     };
     const int n = 100000;
-    for (const auto& c : cases) {
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
         Rand r(20240501UL);
         std::vector<double> x(n);
         double sum = 0.0;
-        for (int i = 0; i < n; ++i) {
-            x[i] = c.draw(r);
-            sum += x[i];
-        }
+        for (double& v : x) sum += (v = cases[i].draw(r));
         std::sort(x.begin(), x.end());
-        for (std::size_t k = 0; k < c.quintiles.size(); ++k) {
+        for (std::size_t k = 0; k < 4; ++k) {
             const double share =
-                static_cast<double>(std::lower_bound(x.begin(), x.end(), c.quintiles[k]) - x.begin()) / n;
-            EXPECT_NEAR(share, 0.2 * (k + 1), 0.006) << c.name << " at quintile " << k + 1;
+                static_cast<double>(std::lower_bound(x.begin(), x.end(), cases[i].quintiles[k]) - x.begin()) / n;
+            EXPECT_NEAR(share, 0.2 * (k + 1), 0.006) << "case " << i << " at quintile " << k + 1;
         }
-        EXPECT_NEAR(sum / n, c.mean, 4.5 * std::sqrt(c.variance / n)) << c.name;
+        EXPECT_NEAR(sum / n, cases[i].mean, 4.5 * std::sqrt(cases[i].variance / n)) << "case " << i;
     }
 }
 

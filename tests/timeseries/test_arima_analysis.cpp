@@ -1,6 +1,3 @@
-#include <limits>
-#include <utility>
-
 #include "numerics/random.h"
 #include "timeseries/arima.h"
 #include "support/test_support.h"
@@ -66,8 +63,7 @@ TEST(ARIMA, AutocovariancesAndAutocorrelationsMatchPsiWeightSums) {
 TEST(ARIMA, FractionalNoiseAutocorrelationsAreTheRunningProduct) {
     std::vector<double> rho = model({}, {}, 1.0, 0.25).computeAutocorrelations(3);
     ASSERT_EQ(rho.size(), 4u);
-    EXPECT_DOUBLE_EQ(rho[0], 1.0);
-    EXPECT_DOUBLE_EQ(rho[1], 1.0 / 3.0);
+    EXPECT_TRUE(rho[0] == 1.0 && rho[1] == 1.0 / 3.0) << rho[1];
     EXPECT_DOUBLE_EQ(rho[3], (0.25 * 1.25 * 2.25) / (0.75 * 1.75 * 2.75));
 }
 
@@ -84,12 +80,9 @@ TEST(ARIMA, StationarityLooksAtTheARRootsOnly) {
 
 TEST(ARIMA, MomentsAreThoseOfTheNormalMarginal) {
     ARIMA m = model({0.5}, {}, 1.0, 0.0, 2.0);  // N(2, 4/3)
-    std::vector<double> moments = m.getMoments(0, 2);
-    ASSERT_EQ(moments.size(), 3u);
-    EXPECT_DOUBLE_EQ(moments[0], 1.0);
-    EXPECT_DOUBLE_EQ(moments[1], 2.0);
-    EXPECT_NEAR(moments[2], 4.0 + 4.0 / 3.0, 1e-12);
-    EXPECT_EQ(m.getMoments(3, 2).size(), 0u);
+    EXPECT_EQ(m.getMoments(0, 1), (std::vector<double>{1.0, 2.0}));
+    EXPECT_NEAR(m.getMoments(2, 2).at(0), 4.0 + 4.0 / 3.0, 1e-12);
+    EXPECT_TRUE(m.getMoments(3, 2).empty());
     EXPECT_NEAR(m.evalPDF(2.0), 1.0 / std::sqrt(2 * M_PI * 4.0 / 3.0), 1e-12);
     // The intercept enters the mean as intercept/(1 - sum phi).
     EXPECT_DOUBLE_EQ(model({0.5}, {}, 1.0, 0.0, 3.0, 1.0).compute_mean_and_variance().first, 5.0);

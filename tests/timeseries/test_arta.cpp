@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <utility>
-
 #include "config/conf.h"
 #include "distributions/dist.h"
 #include "timeseries/arima.h"

@@ -5,9 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <random>
-#include <utility>
 
 #include "config/conf.h"
 #include "core/misc_string.h"

@@ -1,7 +1,5 @@
 // The generation loop shared by all processes, driven by a process that
 // counts its calls and gives a fixed value each time.
-#include <memory>
-
 #include "trace_helpers.h"
 #include "traces/trace.h"
 

@@ -2,8 +2,6 @@
 // numpy on the same twenty values, the empirical distribution grid, the
 // summary text and the target files of the fitters.
 #include <cstdio>
-#include <limits>
-#include <utility>
 
 #include "trace_helpers.h"
 #include "traces/trace.h"
