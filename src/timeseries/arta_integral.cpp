@@ -12,7 +12,8 @@
 // its powers per node and so computes each inverse distribution function
 // once instead of twice per (outer, inner) pair; the products and the
 // Romberg sums are formed in the same order as in the direct form, which
-// makes both bit for bit equal.
+// makes both bit for bit equal. A fitter that maps many correlations through
+// one marginal holds it, and the node values then serve all its computations.
 #include <cmath>
 #include <vector>
 
