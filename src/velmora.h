@@ -16,6 +16,7 @@
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical.h"
 #include "numerics/misc_numerical_dist.h"
+#include "numerics/misc_optim.h"
 #include "numerics/misc_sort.h"
 #include "numerics/misc_util.h"
 #include "numerics/random.h"
@@ -48,5 +49,8 @@
 #include "markov/maps.h"
 #include "markov/mep.h"
 #include "markov/ph.h"
+
+#include "fitting/arimafit.h"
+#include "fitting/artafit.h"
 
 #endif

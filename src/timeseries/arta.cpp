@@ -112,6 +112,12 @@ Dist* ARTA::requireMarginal() const {
 ARIMA* ARTA::getBaseProcess() { return base; }
 Dist* ARTA::getDistribution() { return marginal; }
 
+Dist* ARTA::releaseDistribution() {
+    Dist* d = marginal;
+    marginal = nullptr;
+    return d;
+}
+
 std::vector<unsigned> ARTA::getOrder() const {
     return {static_cast<unsigned>(base->getARCoefficients().size()),
             static_cast<unsigned>(base->getMACoefficients().size())};

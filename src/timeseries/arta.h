@@ -62,6 +62,9 @@ public:
 
     ARIMA* getBaseProcess();
     Dist* getDistribution();
+    // Gives up the marginal without deleting it and leaves the process
+    // without one: for models built around a marginal they share.
+    Dist* releaseDistribution();
     // p and q of the base process.
     std::vector<unsigned> getOrder() const;
 
@@ -90,6 +93,15 @@ std::vector<double> arta_process_compute_autocorrelations(Dist* d, std::vector<d
 // F^-1(Phi(z))^k and ^l are computed once per node of the dyadic grid that
 // the Romberg levels share, which leaves every sum unchanged.
 double arta_process_compute_autocorrelation_joint_moments(Dist* d, double rho, unsigned k, unsigned l);
+
+// Keeps the transformed values of d on the grid across the computations
+// above, until released, instead of computing them again for every call: a
+// fitter that maps many correlations through one marginal holds it for the
+// fit. d must not change while it is held. Holding another marginal or
+// releasing drops the values; computations for other marginals in between
+// are correct, and the held values are computed again after them.
+void arta_process_hold_marginal(Dist* d);
+void arta_process_release_marginal();
 
 // The same integral with both transformed values computed anew at every
 // (outer, inner) pair; slower, and equal to the cached form.

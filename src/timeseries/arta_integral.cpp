@@ -12,7 +12,8 @@
 // its powers per node and so computes each inverse distribution function
 // once instead of twice per (outer, inner) pair; the products and the
 // Romberg sums are formed in the same order as in the direct form, which
-// makes both bit for bit equal.
+// makes both bit for bit equal. A fitter that maps many correlations through
+// one marginal holds it, and the node values then serve all its computations.
 #include <cmath>
 #include <vector>
 
@@ -52,6 +53,8 @@ struct TransformCache {
     unsigned valueEpoch = 0;
     unsigned powerEpoch = 0;
     double outerPowerL = 0.0;  // F^-1(Phi(x))^l at the current outer value
+    Dist* valueMarginal = nullptr;  // the marginal of the current value epoch
+    Dist* heldMarginal = nullptr;   // kept across computations while held
 };
 
 TransformCache arta_process_transform_cache;
@@ -76,10 +79,14 @@ void nextEpoch(unsigned* epoch, std::vector<unsigned>* stampsA, std::vector<unsi
     }
 }
 
-void beginMarginal() {
+// A held marginal keeps its transformed values; any other computation starts
+// a new value epoch, and so does coming back to the held marginal after it.
+void beginMarginal(Dist* d) {
     ensureCacheStorage();
     TransformCache& c = arta_process_transform_cache;
+    if (d != nullptr && d == c.heldMarginal && d == c.valueMarginal) return;
     nextEpoch(&c.valueEpoch, &c.valueStamp, nullptr);
+    c.valueMarginal = d;
 }
 
 void beginExponents() {
@@ -179,8 +186,21 @@ double arta_process_compute_autocorrelation_joint_moments_direct(Dist* d, double
 }
 
 double arta_process_compute_autocorrelation_joint_moments(Dist* d, double rho, unsigned k, unsigned l) {
-    beginMarginal();
+    beginMarginal(d);
     return jointMomentsCached(d, rho, k, l);
+}
+
+void arta_process_hold_marginal(Dist* d) {
+    TransformCache& c = arta_process_transform_cache;
+    c.heldMarginal = nullptr;
+    beginMarginal(d);
+    c.heldMarginal = d;
+}
+
+void arta_process_release_marginal() {
+    TransformCache& c = arta_process_transform_cache;
+    c.heldMarginal = nullptr;
+    c.valueMarginal = nullptr;
 }
 
 std::vector<double> arta_process_compute_autocorrelations(Dist* d, std::vector<double> rho) {
@@ -193,7 +213,7 @@ std::vector<double> arta_process_compute_autocorrelations(Dist* d, std::vector<d
     }
     const DistStats stats = d->getProperties(0);
     // One marginal for all lags: the transformed values are shared by them.
-    beginMarginal();
+    beginMarginal(d);
     std::vector<double> result(rho.size());
     for (std::size_t i = 0; i < rho.size(); ++i)
         result[i] = (jointMomentsCached(d, rho[i], 1, 1) - stats.mean * stats.mean) / stats.variance;

@@ -1,0 +1,102 @@
+// ARMA fitting by a penalised Nelder-Mead search over the coefficients.
+#include "fitting/arimafit.h"
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "core/libvelmora_settings.h"
+#include "numerics/misc_numerical.h"
+#include "numerics/misc_optim.h"
+#include "timeseries/arima.h"
+
+namespace velmora {
+
+namespace ARIMAFit {
+
+std::vector<double> libvelmora_arimafit_desired_ac;
+std::pair<unsigned, unsigned> libvelmora_arimafit_arma_dim(0, 0);
+double libvelmora_arimafit_arma_penalty = 1.0;
+
+namespace {
+
+// One machine epsilon inside the circle: a root at modulus 1 + eps or
+// beyond is free.
+const double penaltyMargin = 1 + 2.220446049250313e-16;
+
+double stationarityPenalty(const std::vector<double>& ar, double weight) {
+    const unsigned p = static_cast<unsigned>(ar.size());
+    // 1 - phi_1 z - ... - phi_p z^p, highest power first.
+    std::vector<double> re(p + 1), im(p + 1, 0.0);
+    for (unsigned i = 0; i < p; ++i) re[i] = -ar[p - 1 - i];
+    re[p] = 1;
+    std::vector<double> zr, zi;
+    cpoly(re, im, &zr, &zi);
+    // Free roots add nothing. They are skipped rather than added as w * 0,
+    // which is the same for a finite weight; a weight grown to infinity
+    // would make it NaN and blind the search.
+    double penalty = 0.0;
+    for (std::size_t i = 0; i < zr.size(); ++i) {
+        const double d = std::fmin(0.0, cmod(zr[i], zi[i]) - penaltyMargin);
+        if (d < 0) penalty += weight * std::pow(d, 2.0);
+    }
+    return penalty;
+}
+
+}  // namespace
+
+double autocorrelation_error(const std::vector<double>& rho, const std::vector<double>& target) {
+    const std::size_t lags = rho.size() < target.size() ? rho.size() : target.size();
+    double sum = 0.0;
+    for (std::size_t i = 0; i < lags; ++i)
+        sum += target[i] == 0 ? std::pow(rho[i], 2.0) : std::pow(rho[i] / target[i] - 1, 2.0);
+    return sum;
+}
+
+ARIMA* construct_arma_model(std::vector<double> coefficients, unsigned p, unsigned q) {
+    if (coefficients.size() != static_cast<std::size_t>(p) + q)
+        throw Exception("arimafit", __LINE__, "Invalid number of ARMA coefficients.");
+    std::vector<double> ar(coefficients.begin(), coefficients.begin() + p);
+    std::vector<double> ma(coefficients.begin() + p, coefficients.end());
+    return new ARIMA(ar, ma, 0, 0, 1, 0, "unknown");
+}
+
+double arma_sum_of_squares(std::vector<double> coefficients) {
+    const unsigned p = libvelmora_arimafit_arma_dim.first;
+    const unsigned q = libvelmora_arimafit_arma_dim.second;
+    const std::unique_ptr<ARIMA> model(construct_arma_model(coefficients, p, q));
+    const unsigned lags = static_cast<unsigned>(libvelmora_arimafit_desired_ac.size());
+    double sum = autocorrelation_error(model->getAutocorrelations(1, lags), libvelmora_arimafit_desired_ac);
+    if (p != 0) {
+        const double penalty = stationarityPenalty(model->getARCoefficients(), libvelmora_arimafit_arma_penalty);
+        // Every evaluation that pays makes all later ones ten times as strict.
+        if (penalty > 0) libvelmora_arimafit_arma_penalty *= 10;
+        sum += penalty;
+    }
+    return sum;
+}
+
+ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q) {
+    if (ac.empty()) throw Exception("arimafit", __LINE__, "No target autocorrelations.");
+    for (double r : ac)
+        if (!(r > -1 && r < 1)) throw Exception("arimafit", __LINE__, "Target autocorrelations must lie in (-1, 1).");
+
+    libvelmora_arimafit_desired_ac = ac;
+    libvelmora_arimafit_arma_dim = std::make_pair(p, q);
+    libvelmora_arimafit_arma_penalty = 1.0;
+
+    // 0.8/p for every entry, the MA ones too. A pure MA model has no p to
+    // divide by; there the q entries share 0.8 in the same way.
+    const unsigned share = p != 0 ? p : q;
+    const std::vector<double> start(static_cast<std::size_t>(p) + q, share != 0 ? 0.8 / share : 0.0);
+
+    std::vector<double> best(start.size());
+    double minimum = 0;
+    int fail = 0, fncount = 0;
+    nmmin(start, &best, &minimum, arma_sum_of_squares, &fail, -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
+    return construct_arma_model(best, p, q);
+}
+
+}  // namespace ARIMAFit
+
+}  // namespace velmora

@@ -1,0 +1,50 @@
+// Fitting of ARMA(p, q) models to autocorrelations alone: a Nelder-Mead
+// search over the p AR and q MA coefficients minimises the squared relative
+// errors of the model's autocorrelations at lags 1..L, plus a penalty on AR
+// roots on or inside the unit circle whose weight grows tenfold with every
+// evaluation that pays it. Mean, variance and marginal play no part.
+#ifndef VELMORA_FITTING_ARIMAFIT_H
+#define VELMORA_FITTING_ARIMAFIT_H
+
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+class ARIMA;
+
+namespace ARIMAFit {
+
+// The problem of the running fit, read by the objective, which takes no
+// context argument; so one fit runs at a time. They are reset by each fit
+// and keep the values of the last one afterwards.
+extern std::vector<double> libvelmora_arimafit_desired_ac;  // lag 1 first
+extern std::pair<unsigned, unsigned> libvelmora_arimafit_arma_dim;  // (p, q)
+extern double libvelmora_arimafit_arma_penalty;
+
+// The best ARMA(p, q) for the target autocorrelations ac (lag 1 first), with
+// white-noise variance 1, owned by the caller. It need not be stationary:
+// callers check. The list must not be empty and every target must lie in
+// (-1, 1), or it throws.
+ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q);
+
+// A new ARIMA with the first p entries as AR and the next q as MA
+// coefficients, mean 0, variance 1, method "unknown". Other than p + q
+// entries throw.
+ARIMA* construct_arma_model(std::vector<double> coefficients, unsigned p, unsigned q);
+
+// The objective: error of the autocorrelations against the stored target,
+// plus the stationarity penalty, which raises the stored weight when it is
+// paid. The root search can throw, and that ends the fit.
+double arma_sum_of_squares(std::vector<double> coefficients);
+
+// Sum over the lags of (rho(i)/target(i) - 1)^2, over as many lags as both
+// lists have. A target of exactly 0 has no relative error; it contributes
+// rho(i)^2, so a fit can still ask for no correlation at some lag.
+double autocorrelation_error(const std::vector<double>& rho, const std::vector<double>& target);
+
+}  // namespace ARIMAFit
+
+}  // namespace velmora
+
+#endif

@@ -1,0 +1,185 @@
+// ARTA fitting: golden section inversion of the correlation mapping, then
+// ARMA fits over the requested orders.
+#include "fitting/artafit.h"
+
+#include <cmath>
+#include <memory>
+#include <sstream>
+#include <utility>
+
+#include "core/libvelmora_settings.h"
+#include "fitting/arimafit.h"
+#include "numerics/misc_optim.h"
+#include "timeseries/arima.h"
+#include "timeseries/arta.h"
+#include "traces/trace.h"
+
+namespace velmora {
+
+double artafit_compute_ac_main_ac = 0.0;
+std::map<double, double> artafit_autocorrelation_cache;
+Dist* artafit_compute_ac_dist = nullptr;
+
+namespace {
+
+const double searchTolerance = 1e-10;
+
+ARTAFit::OrderRange orderRange(unsigned min, unsigned max) {
+    if (min > max) throw Exception("artafit", __LINE__, "Invalid range of ARMA orders.");
+    return ARTAFit::OrderRange{min, max, min};
+}
+
+Trace* requireTrace(Trace* t) {
+    if (t == nullptr) throw Exception("artafit", __LINE__, "No trace.");
+    return t;
+}
+
+void checkTargets(const std::vector<double>& target) {
+    if (target.empty()) throw Exception("artafit", __LINE__, "No target autocorrelations.");
+    for (double r : target)
+        if (!(r > -1 && r < 1)) throw Exception("artafit", __LINE__, "Target autocorrelations must lie in (-1, 1).");
+}
+
+// The search state of one arta_find_arma_autocorrelation: the cache is empty
+// and the marginal's transformed values are released however it ends.
+struct SearchScope {
+    explicit SearchScope(Dist* d) {
+        artafit_autocorrelation_cache.clear();
+        artafit_compute_ac_dist = d;
+        arta_process_hold_marginal(d);
+    }
+    ~SearchScope() {
+        arta_process_release_marginal();
+        artafit_autocorrelation_cache.clear();
+    }
+    SearchScope(const SearchScope&) = delete;
+    SearchScope& operator=(const SearchScope&) = delete;
+};
+
+// The candidates of one fit all hold the caller's marginal. Whatever is
+// left here when the fit ends, by return or by failure, gives the marginal
+// up before it is deleted, so the marginal is deleted by the winner or by
+// the caller only.
+struct Candidates {
+    Candidates() = default;
+    Candidates(const Candidates&) = delete;
+    Candidates& operator=(const Candidates&) = delete;
+    ~Candidates() {
+        for (ARTA* a : list) {
+            if (a == nullptr) continue;
+            a->releaseDistribution();
+            delete a;
+        }
+    }
+    ARTA* keep(ARTA* winner) {
+        for (ARTA*& a : list)
+            if (a == winner) a = nullptr;
+        return winner;
+    }
+    std::vector<ARTA*> list;
+};
+
+}  // namespace
+
+ARTAFit::ARTAFit(Trace* t, Dist* d, unsigned lags, unsigned p, unsigned q)
+    : ARTAFit(t, d, lags, p, p, q, q) {}
+
+ARTAFit::ARTAFit(std::vector<double> ac, Dist* d, unsigned p, unsigned q) : ARTAFit(std::move(ac), d, p, p, q, q) {}
+
+ARTAFit::ARTAFit(Trace* t, Dist* d, unsigned lags, unsigned pMin, unsigned pMax, unsigned qMin, unsigned qMax)
+    : trace(requireTrace(t)), dist(d), lags(lags), pRange(orderRange(pMin, pMax)), qRange(orderRange(qMin, qMax)) {}
+
+ARTAFit::ARTAFit(std::vector<double> ac, Dist* d, unsigned pMin, unsigned pMax, unsigned qMin, unsigned qMax)
+    : trace(nullptr),
+      dist(d),
+      lags(static_cast<unsigned>(ac.size())),
+      ac(std::move(ac)),
+      pRange(orderRange(pMin, pMax)),
+      qRange(orderRange(qMin, qMax)) {}
+
+ARTA* ARTAFit::fit_arta_model() {
+    if (dist == nullptr) throw Exception("artafit", __LINE__, "No marginal distribution.");
+    std::vector<double> target = ac;
+    if (trace != nullptr) {
+        // Lag l is estimated from n - l pairs with a divisor n - l - 1.
+        if (static_cast<unsigned long long>(lags) + 2 > trace->getSize())
+            throw Exception("artafit", __LINE__, "Too many lags for the trace.");
+        target = trace->getAutocorrelations(1, lags);
+    }
+    checkTargets(target);
+    const std::vector<double> rho = arta_find_arma_autocorrelation(target);
+
+    Candidates candidates;
+    // Written so that a range ending at the largest unsigned can't wrap.
+    for (unsigned p = pRange.min;; ++p) {
+        for (unsigned q = qRange.min;; ++q) {
+            std::ostringstream order;
+            order << "ARMA(" << p << ", " << q << ")";
+            libvelmora_debugmsg("artafit", __LINE__, order.str());
+            pRange.current = p;
+            qRange.current = q;
+            const std::unique_ptr<ARIMA> m(ARIMAFit::fit_arma_model(rho, p, q));
+            const double s2 = m->getVariance() / m->getAutocovariance(0);
+            // The constructor owns the marginal from its first line; the
+            // normalisation it runs has just succeeded for s2, so only a
+            // failing allocation could take the marginal with it.
+            candidates.list.push_back(nullptr);
+            candidates.list.back() = new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            if (q == qRange.max) break;
+        }
+        if (p == pRange.max) break;
+    }
+
+    ARTA* best = select_best_arta_model(candidates.list);
+    if (best == nullptr) throw Exception("artafit", __LINE__, "No stationary ARMA model has been found.");
+    return candidates.keep(best);
+}
+
+std::vector<double> ARTAFit::arta_find_arma_autocorrelation(std::vector<double> ac) {
+    const SearchScope scope(dist);
+    std::vector<double> result(ac.size(), 0.0);
+    for (std::size_t i = 0; i < ac.size(); ++i) {
+        const double r = ac[i];
+        if (r == 0) continue;
+        artafit_compute_ac_main_ac = r;
+        result[i] = r > 0 ? golden_section_search(eval_autocorrelation, 0, 1, searchTolerance)
+                          : golden_section_search(eval_autocorrelation, -1, 0, searchTolerance);
+    }
+    return result;
+}
+
+double ARTAFit::eval_autocorrelation(double rho) {
+    double v;
+    const auto hit = artafit_autocorrelation_cache.find(rho);
+    if (hit != artafit_autocorrelation_cache.end()) {
+        v = hit->second;
+    } else {
+        v = arta_process_compute_autocorrelations(artafit_compute_ac_dist, {rho})[0];
+        artafit_autocorrelation_cache[rho] = v;
+    }
+    return std::pow(artafit_compute_ac_main_ac - v, 2.0);
+}
+
+std::vector<double> ARTAFit::arta_compute_autocorrelation_from_arma(std::vector<double> rho) {
+    return arta_process_compute_autocorrelations(dist, std::move(rho));
+}
+
+ARTA* ARTAFit::select_best_arta_model(std::vector<ARTA*> models) {
+    ARTA* best = nullptr;
+    double bestError = 0;
+    for (ARTA* model : models) {
+        if (model == nullptr) continue;
+        ARIMA* base = model->getBaseProcess();
+        if (!base->isStationary()) continue;
+        const double err = ARIMAFit::autocorrelation_error(base->getAutocorrelations(1, lags),
+                                                           ARIMAFit::libvelmora_arimafit_desired_ac);
+        // Strict: of equal errors the earlier model stays.
+        if (best == nullptr || err < bestError) {
+            best = model;
+            bestError = err;
+        }
+    }
+    return best;
+}
+
+}  // namespace velmora
