@@ -20,8 +20,8 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;         // throws "Not implemented!"
     double evalInverseCDF(double p) override;  // throws "Not implemented."
-    double evalCCDF(double x) override;        // throws "Not implemented!"
     std::string toString(format f) override;
+    static Dist* fromConfig(Config* c);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
 

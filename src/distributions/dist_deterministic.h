@@ -18,8 +18,8 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
+    static Dist* fromConfig(Config* c);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
 

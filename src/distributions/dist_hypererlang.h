@@ -7,8 +7,6 @@
 #include <vector>
 
 #include "distributions/dist.h"
-// The phase-type form is returned by value: its class comes along.
-#include "markov/cph.h"
 
 namespace velmora {
 
@@ -38,8 +36,9 @@ public:
     double evalCDF(double x) override;
     // Throws "Not implemented.".
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
 

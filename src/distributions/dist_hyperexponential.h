@@ -27,8 +27,8 @@ public:
     double evalCDF(double x) override;
     // Throws "Not implemented.".
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
+    static Dist* fromConfig(Config* c);
     // Throws "Not implemented.".
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;

@@ -17,6 +17,7 @@
 #include "core/libvelmora_settings.h"
 #include "config/conf.h"
 #include "distributions/dist.h"
+#include "distributions/dist_hypererlang.h"
 #include "distributions/dist_load.h"
 
 namespace disttest {

@@ -10,6 +10,10 @@
 
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_hypererlang.h"
+#include "distributions/dist_hyperexponential.h"
+#include "distributions/dist_hypoexponential.h"
 #include "markov/cph.h"
 #include "numerics/matrix.h"
 

@@ -5,6 +5,13 @@
 #include <vector>
 
 #include "distributions/dist.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_uniform.h"
+#include "distributions/dist_weibull.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
 
