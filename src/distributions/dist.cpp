@@ -33,7 +33,9 @@ DistStats::DistStats()
 
 double DistStats::sdOverMean() const { return std::sqrt(variance) / mean; }
 
-Dist::Dist() : type(DIST_DETERMINISTIC) {}
+Dist::Dist() : Dist(DIST_DETERMINISTIC) {}
+
+Dist::Dist(dist_type type) : type(type) {}
 
 dist_type Dist::getType() const { return type; }
 

@@ -58,10 +58,17 @@ struct DistStats {
     double sdOverMean() const;
 };
 
+// A family: its distribution functions, statistics, variates from a stream
+// of its own, and its text form. Beside its toString every family has static
+// readers of that text: fromConfig(Config*) of the keys after
+// "distribution = <type name>", a missing key taking the family's default,
+// and, where the XML form is read back, fromXML(XMLElement*) of the family
+// element. The caller owns what they return.
 class Dist {
 public:
     // The stream is seeded from the system: two families differ.
     Dist();
+    explicit Dist(dist_type type);
     // A copy is a value copy: it gets a stream of its own holding a copy of
     // the source's stream state, so both go on with the same variates until
     // one is reseeded. Assignment copies the state in the same way.
@@ -113,6 +120,14 @@ protected:
     // The check shared by every inverse distribution function: p outside
     // [0, 1] throws "Invalid value for inverse cdf.".
     static void checkProbability(double p);
+
+    // What every checked setter does: store the parameter, then check the
+    // whole object (a refused value stays stored).
+    template <typename T>
+    void setChecked(T& parameter, T value) {
+        parameter = std::move(value);
+        paramCheck();
+    }
 
     dist_type type;
     Rand rng;

@@ -18,23 +18,13 @@ static void checkParameters(double a, double b) {
     if (a <= 0 || b <= 0) throw Exception("dist", __LINE__, "Invalid parameter for beta distribution");
 }
 
-Beta::Beta(double alpha1, double alpha2) : alpha1(alpha1), alpha2(alpha2) {
-    type = DIST_BETA;
-    paramCheck();
-}
+Beta::Beta(double alpha1, double alpha2) : Dist(DIST_BETA), alpha1(alpha1), alpha2(alpha2) { paramCheck(); }
 
 double Beta::getAlpha1() const { return alpha1; }
 double Beta::getAlpha2() const { return alpha2; }
 
-void Beta::setAlpha1(double value) {
-    alpha1 = value;
-    paramCheck();
-}
-
-void Beta::setAlpha2(double value) {
-    alpha2 = value;
-    paramCheck();
-}
+void Beta::setAlpha1(double value) { setChecked(alpha1, value); }
+void Beta::setAlpha2(double value) { setChecked(alpha2, value); }
 
 double Beta::generateVariate() { return rng.beta(alpha1, alpha2); }
 double Beta::evalPDF(double x) { return beta_pdf(x, alpha1, alpha2); }

@@ -16,17 +16,11 @@ namespace velmora {
 
 using namespace distread;
 
-ChiSquare::ChiSquare(unsigned k) : k(k) {
-    type = DIST_CHISQUARE;
-    paramCheck();
-}
+ChiSquare::ChiSquare(unsigned k) : Dist(DIST_CHISQUARE), k(k) { paramCheck(); }
 
 unsigned ChiSquare::getK() const { return k; }
 
-void ChiSquare::setK(unsigned value) {
-    k = value;
-    paramCheck();
-}
+void ChiSquare::setK(unsigned value) { setChecked(k, value); }
 
 double ChiSquare::generateVariate() { return rng.chi2(k); }
 double ChiSquare::evalPDF(double x) { return chi2_pdf(x, k); }

@@ -18,10 +18,10 @@ public:
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
-    static Dist* fromXML(XMLElement* family);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     static double chi2_pdf(double x, unsigned k);
     static double chi2_cdf(double x, unsigned k);

@@ -11,10 +11,7 @@ namespace velmora {
 
 using namespace distread;
 
-Deterministic::Deterministic(double val) : val(val) {
-    type = DIST_DETERMINISTIC;
-    paramCheck();
-}
+Deterministic::Deterministic(double val) : Dist(DIST_DETERMINISTIC), val(val) { paramCheck(); }
 
 double Deterministic::getVal() const { return val; }
 void Deterministic::setVal(double v) { val = v; }

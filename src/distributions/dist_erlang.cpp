@@ -30,23 +30,13 @@ static void checkPhases(unsigned phases) {
     if (phases == 0) throw Exception("dist", __LINE__, "Invalid number of phases for Erlang distribution.");
 }
 
-Erlang::Erlang(unsigned phases, double rate) : phases(phases), rate(rate) {
-    type = DIST_ERLANG;
-    paramCheck();
-}
+Erlang::Erlang(unsigned phases, double rate) : Dist(DIST_ERLANG), phases(phases), rate(rate) { paramCheck(); }
 
 unsigned Erlang::getPhases() const { return phases; }
 double Erlang::getRate() const { return rate; }
 
-void Erlang::setPhases(unsigned value) {
-    phases = value;
-    paramCheck();
-}
-
-void Erlang::setRate(double value) {
-    rate = value;
-    paramCheck();
-}
+void Erlang::setPhases(unsigned value) { setChecked(phases, value); }
+void Erlang::setRate(double value) { setChecked(rate, value); }
 
 double Erlang::generateVariate() { return rng.erlang(phases, rate); }
 double Erlang::evalPDF(double x) { return erlang_pdf(x, phases, rate); }

@@ -22,10 +22,10 @@ public:
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
-    static Dist* fromXML(XMLElement* family);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     // The chain of `phases` states, each left at `rate` for the next, entered
     // in the first.

@@ -18,17 +18,11 @@ static void checkRate(double rate) {
     if (rate <= 0) throw Exception("dist", __LINE__, "Invalid rate for exponential distribution");
 }
 
-Exponential::Exponential(double rate) : rate(rate) {
-    type = DIST_EXPONENTIAL;
-    paramCheck();
-}
+Exponential::Exponential(double rate) : Dist(DIST_EXPONENTIAL), rate(rate) { paramCheck(); }
 
 double Exponential::getRate() const { return rate; }
 
-void Exponential::setRate(double value) {
-    rate = value;
-    paramCheck();
-}
+void Exponential::setRate(double value) { setChecked(rate, value); }
 
 double Exponential::generateVariate() { return rng.exponential(rate); }
 double Exponential::evalPDF(double x) { return exponential_pdf(x, rate); }

@@ -21,23 +21,13 @@ static void checkParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameters for gamma distribution.");
 }
 
-Gamma::Gamma(double alpha, double beta) : alpha(alpha), beta(beta) {
-    type = DIST_GAMMA;
-    paramCheck();
-}
+Gamma::Gamma(double alpha, double beta) : Dist(DIST_GAMMA), alpha(alpha), beta(beta) { paramCheck(); }
 
 double Gamma::getAlpha() const { return alpha; }
 double Gamma::getBeta() const { return beta; }
 
-void Gamma::setAlpha(double value) {
-    alpha = value;
-    paramCheck();
-}
-
-void Gamma::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
+void Gamma::setAlpha(double value) { setChecked(alpha, value); }
+void Gamma::setBeta(double value) { setChecked(beta, value); }
 
 double Gamma::generateVariate() { return rng.gamma(alpha, beta); }
 double Gamma::evalPDF(double x) { return gamma_pdf(x, alpha, beta); }

@@ -34,8 +34,10 @@ static void checkParameters(const std::vector<unsigned>& phases, const std::vect
 }
 
 HyperErlang::HyperErlang(std::vector<unsigned> phases, std::vector<double> rates, std::vector<double> probabilities)
-    : phases(std::move(phases)), rates(std::move(rates)), probabilities(std::move(probabilities)) {
-    type = DIST_HYPERERLANG;
+    : Dist(DIST_HYPERERLANG),
+      phases(std::move(phases)),
+      rates(std::move(rates)),
+      probabilities(std::move(probabilities)) {
     paramCheck();
 }
 
@@ -50,20 +52,9 @@ std::vector<unsigned> HyperErlang::getPhases() const { return phases; }
 std::vector<double> HyperErlang::getRates() const { return rates; }
 std::vector<double> HyperErlang::getProbabilities() const { return probabilities; }
 
-void HyperErlang::setPases(std::vector<unsigned> value) {
-    phases = std::move(value);
-    paramCheck();
-}
-
-void HyperErlang::setRates(std::vector<double> value) {
-    rates = std::move(value);
-    paramCheck();
-}
-
-void HyperErlang::setProbabilities(std::vector<double> value) {
-    probabilities = std::move(value);
-    paramCheck();
-}
+void HyperErlang::setPases(std::vector<unsigned> value) { setChecked(phases, std::move(value)); }
+void HyperErlang::setRates(std::vector<double> value) { setChecked(rates, std::move(value)); }
+void HyperErlang::setProbabilities(std::vector<double> value) { setChecked(probabilities, std::move(value)); }
 
 double HyperErlang::generateVariate() { return rng.hyper_erlang(phases, rates, probabilities); }
 double HyperErlang::evalPDF(double x) { return hyper_erlang_pdf(x, phases, rates, probabilities); }

@@ -37,10 +37,10 @@ public:
     // Throws "Not implemented.".
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
-    static Dist* fromXML(XMLElement* family);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     // The Erlang chains of the branches side by side on the diagonal, in
     // branch order, each entered in its first state with the branch's

@@ -19,8 +19,7 @@ static void checkParameters(const std::vector<double>& rates, const std::vector<
 }
 
 HyperExponential::HyperExponential(std::vector<double> rates, std::vector<double> probabilities)
-    : rates(std::move(rates)), probabilities(std::move(probabilities)) {
-    type = DIST_HYPEREXPONENTIAL;
+    : Dist(DIST_HYPEREXPONENTIAL), rates(std::move(rates)), probabilities(std::move(probabilities)) {
     paramCheck();
 }
 
@@ -28,15 +27,8 @@ unsigned HyperExponential::getPhases() const { return static_cast<unsigned>(rate
 std::vector<double> HyperExponential::getRates() const { return rates; }
 std::vector<double> HyperExponential::getProbabilities() const { return probabilities; }
 
-void HyperExponential::setRates(std::vector<double> value) {
-    rates = std::move(value);
-    paramCheck();
-}
-
-void HyperExponential::setProbabilities(std::vector<double> value) {
-    probabilities = std::move(value);
-    paramCheck();
-}
+void HyperExponential::setRates(std::vector<double> value) { setChecked(rates, std::move(value)); }
+void HyperExponential::setProbabilities(std::vector<double> value) { setChecked(probabilities, std::move(value)); }
 
 double HyperExponential::generateVariate() { throw Exception("dist", __LINE__, "Not implemented."); }
 double HyperExponential::evalPDF(double x) { return hyper_exponential_pdf(x, rates, probabilities); }

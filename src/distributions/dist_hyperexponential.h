@@ -28,10 +28,10 @@ public:
     // Throws "Not implemented.".
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
     // Throws "Not implemented.".
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
     // Equal lengths, no negative element, and probabilities summing to 1
     // within 0.005.

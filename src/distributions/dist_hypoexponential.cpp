@@ -23,18 +23,15 @@ static void checkParameters(const std::vector<double>& rates) {
         throw Exception("dist", __LINE__, "Invalid parameters for Hypo-Exponential distribution.");
 }
 
-HypoExponential::HypoExponential(std::vector<double> rates) : rates(std::move(rates)) {
-    type = DIST_HYPOEXPONENTIAL;
+HypoExponential::HypoExponential(std::vector<double> rates)
+    : Dist(DIST_HYPOEXPONENTIAL), rates(std::move(rates)) {
     paramCheck();
 }
 
 unsigned HypoExponential::getPhases() const { return static_cast<unsigned>(rates.size()); }
 std::vector<double> HypoExponential::getRates() const { return rates; }
 
-void HypoExponential::setRates(std::vector<double> value) {
-    rates = std::move(value);
-    paramCheck();
-}
+void HypoExponential::setRates(std::vector<double> value) { setChecked(rates, std::move(value)); }
 
 double HypoExponential::generateVariate() { return rng.hypo_exponential(rates); }
 double HypoExponential::evalPDF(double x) { return hypo_exponential_pdf(x, rates); }

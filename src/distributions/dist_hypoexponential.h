@@ -25,9 +25,9 @@ public:
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
     // The chain of the phases in their order, entered in the first.
     CPH asCPH();

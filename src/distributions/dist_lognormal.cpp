@@ -20,23 +20,13 @@ static void checkSigma(double sigma) {
     if (sigma < 0) throw Exception("dist", __LINE__, "Invalid parameter for lognormal distribution");
 }
 
-Lognormal::Lognormal(double mu, double sigma) : mu(mu), sigma(sigma) {
-    type = DIST_LOGNORMAL;
-    paramCheck();
-}
+Lognormal::Lognormal(double mu, double sigma) : Dist(DIST_LOGNORMAL), mu(mu), sigma(sigma) { paramCheck(); }
 
 double Lognormal::getMu() const { return mu; }
 double Lognormal::getSigma() const { return sigma; }
 
-void Lognormal::setMu(double value) {
-    mu = value;
-    paramCheck();
-}
-
-void Lognormal::setSigma(double value) {
-    sigma = value;
-    paramCheck();
-}
+void Lognormal::setMu(double value) { setChecked(mu, value); }
+void Lognormal::setSigma(double value) { setChecked(sigma, value); }
 
 double Lognormal::generateVariate() { return rng.lognormal(mu, sigma); }
 double Lognormal::evalPDF(double x) { return lognormal_pdf(x, mu, sigma); }

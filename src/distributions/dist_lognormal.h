@@ -20,10 +20,10 @@ public:
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
-    static Dist* fromXML(XMLElement* family);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     static double lognormal_pdf(double x, double mu, double sigma);
     static double lognormal_cdf(double x, double mu, double sigma);

@@ -64,23 +64,13 @@ void checkSD(double s) {
 
 }  // namespace
 
-Normal::Normal(double mean, double sd) : mean(mean), sd(sd) {
-    type = DIST_NORMAL;
-    paramCheck();
-}
+Normal::Normal(double mean, double sd) : Dist(DIST_NORMAL), mean(mean), sd(sd) { paramCheck(); }
 
 double Normal::getMean() const { return mean; }
 double Normal::getSD() const { return sd; }
 
-void Normal::setMean(double value) {
-    mean = value;
-    paramCheck();
-}
-
-void Normal::setSD(double value) {
-    sd = value;
-    paramCheck();
-}
+void Normal::setMean(double value) { setChecked(mean, value); }
+void Normal::setSD(double value) { setChecked(sd, value); }
 
 double Normal::generateVariate() { return rng.normal(mean, sd); }
 double Normal::evalPDF(double x) { return normal_pdf(x, mean, sd); }

@@ -21,10 +21,10 @@ public:
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
     std::string toString(format f) override;
-    static Dist* fromConfig(Config* c);
-    static Dist* fromXML(XMLElement* family);
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     static double normal_pdf(double x, double m, double s);
     static double normal_cdf(double x, double m, double s);

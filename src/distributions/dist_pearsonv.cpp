@@ -18,23 +18,13 @@ static void checkParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameters for Pearson V distribution.");
 }
 
-PearsonV::PearsonV(double alpha, double beta) : alpha(alpha), beta(beta) {
-    type = DIST_PEARSONV;
-    paramCheck();
-}
+PearsonV::PearsonV(double alpha, double beta) : Dist(DIST_PEARSONV), alpha(alpha), beta(beta) { paramCheck(); }
 
 double PearsonV::getAlpha() const { return alpha; }
 double PearsonV::getBeta() const { return beta; }
 
-void PearsonV::setAlpha(double value) {
-    alpha = value;
-    paramCheck();
-}
-
-void PearsonV::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
+void PearsonV::setAlpha(double value) { setChecked(alpha, value); }
+void PearsonV::setBeta(double value) { setChecked(beta, value); }
 
 double PearsonV::generateVariate() { return rng.pearsonV(alpha, beta); }
 double PearsonV::evalPDF(double x) { return pearsonV_pdf(x, alpha, beta); }

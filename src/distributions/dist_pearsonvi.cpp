@@ -19,8 +19,8 @@ static void checkParameters(double alpha1, double alpha2, double beta) {
         throw Exception("dist", __LINE__, "Invalid parameters for Pearson VI distribution.");
 }
 
-PearsonVI::PearsonVI(double alpha1, double alpha2, double beta) : alpha1(alpha1), alpha2(alpha2), beta(beta) {
-    type = DIST_PEARSONVI;
+PearsonVI::PearsonVI(double alpha1, double alpha2, double beta)
+    : Dist(DIST_PEARSONVI), alpha1(alpha1), alpha2(alpha2), beta(beta) {
     paramCheck();
 }
 
@@ -28,20 +28,9 @@ double PearsonVI::getAlpha1() const { return alpha1; }
 double PearsonVI::getAlpha2() const { return alpha2; }
 double PearsonVI::getBeta() const { return beta; }
 
-void PearsonVI::setAlpha1(double value) {
-    alpha1 = value;
-    paramCheck();
-}
-
-void PearsonVI::setAlpha2(double value) {
-    alpha2 = value;
-    paramCheck();
-}
-
-void PearsonVI::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
+void PearsonVI::setAlpha1(double value) { setChecked(alpha1, value); }
+void PearsonVI::setAlpha2(double value) { setChecked(alpha2, value); }
+void PearsonVI::setBeta(double value) { setChecked(beta, value); }
 
 double PearsonVI::generateVariate() { return rng.pearsonVI(alpha1, alpha2, beta); }
 double PearsonVI::evalPDF(double x) { return pearsonVI_pdf(x, alpha1, alpha2, beta); }

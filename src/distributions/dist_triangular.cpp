@@ -16,29 +16,15 @@ static void checkTriangle(double a, double b, double c) {
     if (a >= c || c >= b) throw Exception("dist", __LINE__, "Invalid parameters for triangular distribution.");
 }
 
-Triangular::Triangular(double a, double b, double c) : a(a), b(b), c(c) {
-    type = DIST_TRIANGULAR;
-    paramCheck();
-}
+Triangular::Triangular(double a, double b, double c) : Dist(DIST_TRIANGULAR), a(a), b(b), c(c) { paramCheck(); }
 
 double Triangular::getA() const { return a; }
 double Triangular::getB() const { return b; }
 double Triangular::getC() const { return c; }
 
-void Triangular::setA(double value) {
-    a = value;
-    paramCheck();
-}
-
-void Triangular::setB(double value) {
-    b = value;
-    paramCheck();
-}
-
-void Triangular::setC(double value) {
-    c = value;
-    paramCheck();
-}
+void Triangular::setA(double value) { setChecked(a, value); }
+void Triangular::setB(double value) { setChecked(b, value); }
+void Triangular::setC(double value) { setChecked(c, value); }
 
 double Triangular::generateVariate() { return rng.triangular(a, b, c); }
 double Triangular::evalPDF(double x) { return triangular_pdf(x, a, b, c); }

@@ -17,23 +17,13 @@ static void checkRange(double a, double b) {
     if (a > b) throw Exception("dist", __LINE__, "Invalid range for uniform distribution");
 }
 
-Uniform::Uniform(double a, double b) : a(a), b(b) {
-    type = DIST_UNIFORM;
-    paramCheck();
-}
+Uniform::Uniform(double a, double b) : Dist(DIST_UNIFORM), a(a), b(b) { paramCheck(); }
 
 double Uniform::getA() const { return a; }
 double Uniform::getB() const { return b; }
 
-void Uniform::setA(double value) {
-    a = value;
-    paramCheck();
-}
-
-void Uniform::setB(double value) {
-    b = value;
-    paramCheck();
-}
+void Uniform::setA(double value) { setChecked(a, value); }
+void Uniform::setB(double value) { setChecked(b, value); }
 
 double Uniform::generateVariate() { return rng.uniform(a, b); }
 double Uniform::evalPDF(double x) { return uniform_pdf(x, a, b); }

@@ -24,23 +24,13 @@ static void checkFunctionParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameter for Weibull distribution.");
 }
 
-Weibull::Weibull(double alpha, double beta) : alpha(alpha), beta(beta) {
-    type = DIST_WEIBULL;
-    paramCheck();
-}
+Weibull::Weibull(double alpha, double beta) : Dist(DIST_WEIBULL), alpha(alpha), beta(beta) { paramCheck(); }
 
 double Weibull::getAlpha() const { return alpha; }
 double Weibull::getBeta() const { return beta; }
 
-void Weibull::setAlpha(double value) {
-    alpha = value;
-    paramCheck();
-}
-
-void Weibull::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
+void Weibull::setAlpha(double value) { setChecked(alpha, value); }
+void Weibull::setBeta(double value) { setChecked(beta, value); }
 
 double Weibull::generateVariate() { return rng.weibull(alpha, beta); }
 double Weibull::evalPDF(double x) { return weibull_pdf(x, alpha, beta); }
