@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "distributions/dist.h"
+#include "distributions/dist_gamma.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
 

@@ -37,6 +37,7 @@
 #include "distributions/dist_pearsonv.h"
 #include "distributions/dist_pearsonvi.h"
 #include "distributions/dist_process.h"
+#include "distributions/dist_read.h"
 #include "distributions/dist_triangular.h"
 #include "distributions/dist_uniform.h"
 #include "distributions/dist_weibull.h"

@@ -8,7 +8,6 @@
 #include <sstream>
 
 #include "core/libvelmora_settings.h"
-#include "numerics/random.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -32,19 +31,15 @@ DistStats::DistStats()
       cv(std::numeric_limits<double>::quiet_NaN()),
       kurtosis(std::numeric_limits<double>::quiet_NaN()) {}
 
-Dist::Dist() : type(DIST_DETERMINISTIC), rng(new Rand()) {}
+double DistStats::sdOverMean() const { return std::sqrt(variance) / mean; }
 
-Dist::Dist(const Dist& other) : type(other.type), rng(new Rand(*other.rng)) {}
+Dist::Dist() : Dist(DIST_DETERMINISTIC) {}
 
-Dist& Dist::operator=(const Dist& other) {
-    type = other.type;
-    *rng = *other.rng;
-    return *this;
-}
-
-Dist::~Dist() { delete rng; }
+Dist::Dist(dist_type type) : type(type) {}
 
 dist_type Dist::getType() const { return type; }
+
+double Dist::evalCCDF(double x) { return 1 - evalCDF(x); }
 
 double Dist::compute_loglikelihood(Trace* t) {
     double sum = 0;
@@ -53,7 +48,7 @@ double Dist::compute_loglikelihood(Trace* t) {
     return sum;
 }
 
-void Dist::setSeed(unsigned seed) { rng->setSeed(seed); }
+void Dist::setSeed(unsigned seed) { rng.setSeed(seed); }
 
 std::string Dist::getDistType(dist_type t) {
     int index = static_cast<int>(t);

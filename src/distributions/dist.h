@@ -1,8 +1,8 @@
 // The contract of all distribution families and their registry: the family
 // enumeration with its type names, the statistics record, the log-likelihood
 // of a trace and the one text layout (key-value and XML) shared by all
-// families. The families themselves live in the dist_<family> files, which
-// this header makes visible at its end.
+// families. The families themselves live in the dist_<family> files; each
+// includes this header, and a user includes the families it names.
 #ifndef VELMORA_DISTRIBUTIONS_DIST_H
 #define VELMORA_DISTRIBUTIONS_DIST_H
 
@@ -11,11 +11,13 @@
 #include <vector>
 
 #include "core/process.h"
+#include "numerics/random.h"
 
 namespace velmora {
 
-class Rand;
+class Config;
 class Trace;
+class XMLElement;
 
 enum dist_type {
     DIST_DETERMINISTIC = 0,
@@ -51,24 +53,35 @@ struct DistStats {
     double cv;
     double kurtosis;
     std::vector<double> moments;
+
+    // sqrt(variance) / mean, for the families whose cv is exactly that.
+    double sdOverMean() const;
 };
 
+// A family: its distribution functions, statistics, variates from a stream
+// of its own, and its text form. Beside its toString every family has static
+// readers of that text: fromConfig(Config*) of the keys after
+// "distribution = <type name>", a missing key taking the family's default,
+// and, where the XML form is read back, fromXML(XMLElement*) of the family
+// element. The caller owns what they return.
 class Dist {
 public:
+    // The stream is seeded from the system: two families differ.
     Dist();
+    explicit Dist(dist_type type);
     // A copy is a value copy: it gets a stream of its own holding a copy of
     // the source's stream state, so both go on with the same variates until
-    // one is reseeded, and each deletes only the stream it owns. Assignment
-    // copies the state into the target's own stream in the same way.
-    Dist(const Dist& other);
-    Dist& operator=(const Dist& other);
-    virtual ~Dist();
+    // one is reseeded. Assignment copies the state in the same way.
+    Dist(const Dist& other) = default;
+    Dist& operator=(const Dist& other) = default;
+    virtual ~Dist() = default;
 
     virtual double generateVariate() = 0;
     virtual double evalPDF(double x) = 0;
     virtual double evalCDF(double x) = 0;
     virtual double evalInverseCDF(double p) = 0;
-    virtual double evalCCDF(double x) = 0;
+    // 1 - evalCDF(x), and its exceptions, for every family.
+    virtual double evalCCDF(double x);
     virtual std::string toString(format f) = 0;
     virtual DistStats getProperties(unsigned n) = 0;
     virtual void paramCheck() = 0;
@@ -108,8 +121,16 @@ protected:
     // [0, 1] throws "Invalid value for inverse cdf.".
     static void checkProbability(double p);
 
+    // What every checked setter does: store the parameter, then check the
+    // whole object (a refused value stays stored).
+    template <typename T>
+    void setChecked(T& parameter, T value) {
+        parameter = std::move(value);
+        paramCheck();
+    }
+
     dist_type type;
-    Rand* rng;
+    Rand rng;
 };
 
 // Raw moments `from` to `to` of a family seen as a process: order 0 is 1, and
@@ -117,22 +138,5 @@ protected:
 std::vector<double> dist_moments(Dist* dist, unsigned from, unsigned to);
 
 }  // namespace velmora
-
-#include "distributions/dist_deterministic.h"
-#include "distributions/dist_uniform.h"
-#include "distributions/dist_exponential.h"
-#include "distributions/dist_normal.h"
-#include "distributions/dist_lognormal.h"
-#include "distributions/dist_triangular.h"
-#include "distributions/dist_chisquare.h"
-#include "distributions/dist_weibull.h"
-#include "distributions/dist_gamma.h"
-#include "distributions/dist_beta.h"
-#include "distributions/dist_pearsonv.h"
-#include "distributions/dist_pearsonvi.h"
-#include "distributions/dist_erlang.h"
-#include "distributions/dist_hyperexponential.h"
-#include "distributions/dist_hypoexponential.h"
-#include "distributions/dist_hypererlang.h"
 
 #endif

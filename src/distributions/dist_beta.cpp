@@ -6,42 +6,38 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
+using namespace distread;
+
 static void checkParameters(double a, double b) {
     if (a <= 0 || b <= 0) throw Exception("dist", __LINE__, "Invalid parameter for beta distribution");
 }
 
-Beta::Beta(double alpha1, double alpha2) : alpha1(alpha1), alpha2(alpha2) {
-    type = DIST_BETA;
-    paramCheck();
-}
+Beta::Beta(double alpha1, double alpha2) : Dist(DIST_BETA), alpha1(alpha1), alpha2(alpha2) { paramCheck(); }
 
 double Beta::getAlpha1() const { return alpha1; }
 double Beta::getAlpha2() const { return alpha2; }
 
-void Beta::setAlpha1(double value) {
-    alpha1 = value;
-    paramCheck();
-}
+void Beta::setAlpha1(double value) { setChecked(alpha1, value); }
+void Beta::setAlpha2(double value) { setChecked(alpha2, value); }
 
-void Beta::setAlpha2(double value) {
-    alpha2 = value;
-    paramCheck();
-}
-
-double Beta::generateVariate() { return rng->beta(alpha1, alpha2); }
+double Beta::generateVariate() { return rng.beta(alpha1, alpha2); }
 double Beta::evalPDF(double x) { return beta_pdf(x, alpha1, alpha2); }
 double Beta::evalCDF(double) { throw Exception("dist", __LINE__, "Not implemented!"); }
 double Beta::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
-double Beta::evalCCDF(double) { throw Exception("dist", __LINE__, "Not implemented!"); }
 
 std::string Beta::toString(format f) {
     TextFields fields = {{"alpha1", formatNumber(alpha1, true)}, {"alpha2", formatNumber(alpha2, true)}};
     return layoutText(f, type, "betadist", fields, fields);
+}
+
+Dist* Beta::fromConfig(Config* c) {
+    return new Beta(keyDouble(c, "alpha1", 1), keyDouble(c, "alpha2", 1));
 }
 
 DistStats Beta::getProperties(unsigned n) { return beta_stats(alpha1, alpha2, n); }
@@ -61,7 +57,7 @@ DistStats Beta::beta_stats(double a, double b, unsigned n) {
     stats.mean = a / s;
     stats.variance = a * b / (s * s * (s + 1));
     stats.skewness = 2 * (b - a) * std::sqrt(s + 1) / ((s + 2) * std::sqrt(a * b));
-    stats.cv = std::sqrt(stats.variance) / stats.mean;
+    stats.cv = stats.sdOverMean();
     // The excess kurtosis in its exact closed form,
     // 6 [(a - b)^2 (a + b + 1) - ab (a + b + 2)] / [ab (a + b + 2)(a + b + 3)],
     // with the numerator expanded; its last factor is a + b + 3, not ab + 3.

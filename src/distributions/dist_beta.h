@@ -20,10 +20,10 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;         // throws "Not implemented!"
     double evalInverseCDF(double p) override;  // throws "Not implemented."
-    double evalCCDF(double x) override;        // throws "Not implemented!"
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
     static double beta_pdf(double x, double a, double b);
     static DistStats beta_stats(double a, double b, unsigned n);

@@ -7,32 +7,36 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
-ChiSquare::ChiSquare(unsigned k) : k(k) {
-    type = DIST_CHISQUARE;
-    paramCheck();
-}
+using namespace distread;
+
+ChiSquare::ChiSquare(unsigned k) : Dist(DIST_CHISQUARE), k(k) { paramCheck(); }
 
 unsigned ChiSquare::getK() const { return k; }
 
-void ChiSquare::setK(unsigned value) {
-    k = value;
-    paramCheck();
-}
+void ChiSquare::setK(unsigned value) { setChecked(k, value); }
 
-double ChiSquare::generateVariate() { return rng->chi2(k); }
+double ChiSquare::generateVariate() { return rng.chi2(k); }
 double ChiSquare::evalPDF(double x) { return chi2_pdf(x, k); }
 double ChiSquare::evalCDF(double x) { return chi2_cdf(x, k); }
 double ChiSquare::evalInverseCDF(double p) { return chi2_inverse_cdf(p, k); }
-double ChiSquare::evalCCDF(double x) { return chi2_ccdf(x, k); }
 
 std::string ChiSquare::toString(format f) {
     return layoutText(f, type, "chisquaredist", {{"k", formatNumber(k)}}, {{"deg", formatNumber(k)}});
+}
+
+Dist* ChiSquare::fromConfig(Config* c) {
+    return new ChiSquare(static_cast<unsigned>(keyInt(c, "k", 2)));
+}
+
+Dist* ChiSquare::fromXML(XMLElement* family) {
+    return new ChiSquare(static_cast<unsigned>(tagInt(family, "deg", 2)));
 }
 
 DistStats ChiSquare::getProperties(unsigned n) { return chi2_stats(k, n); }
@@ -63,7 +67,7 @@ DistStats ChiSquare::chi2_stats(unsigned k, unsigned n) {
     stats.mean = kd;
     stats.variance = 2 * kd;
     stats.skewness = std::sqrt(8 / kd);
-    stats.cv = std::sqrt(stats.variance) / stats.mean;
+    stats.cv = stats.sdOverMean();
     stats.kurtosis = 12 / kd;
     double moment = 1;
     for (unsigned i = 1; i <= n; i++) {

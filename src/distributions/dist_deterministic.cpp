@@ -5,13 +5,13 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 
 namespace velmora {
 
-Deterministic::Deterministic(double val) : val(val) {
-    type = DIST_DETERMINISTIC;
-    paramCheck();
-}
+using namespace distread;
+
+Deterministic::Deterministic(double val) : Dist(DIST_DETERMINISTIC), val(val) { paramCheck(); }
 
 double Deterministic::getVal() const { return val; }
 void Deterministic::setVal(double v) { val = v; }
@@ -24,10 +24,13 @@ double Deterministic::evalCDF(double x) { return x < val ? 0.0 : 1.0; }
 
 double Deterministic::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not supported."); }
 
-double Deterministic::evalCCDF(double x) { return 1 - evalCDF(x); }
 
 std::string Deterministic::toString(format f) {
     return layoutText(f, type, "", {{"val", formatNumber(val, false)}}, {});
+}
+
+Dist* Deterministic::fromConfig(Config* c) {
+    return new Deterministic(keyDouble(c, "val", 0));
 }
 
 DistStats Deterministic::getProperties(unsigned n) {

@@ -18,10 +18,10 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
 private:
     double val;

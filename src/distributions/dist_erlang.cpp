@@ -12,12 +12,15 @@
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_gamma.h"
+#include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_read.h"
 #include "markov/cph.h"
-#include "numerics/matrix.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkStaticRate(double rate) {
     if (rate < 0) throw Exception("dist", __LINE__, "Invalid rate for Erlang distribution.");
@@ -27,33 +30,30 @@ static void checkPhases(unsigned phases) {
     if (phases == 0) throw Exception("dist", __LINE__, "Invalid number of phases for Erlang distribution.");
 }
 
-Erlang::Erlang(unsigned phases, double rate) : phases(phases), rate(rate) {
-    type = DIST_ERLANG;
-    paramCheck();
-}
+Erlang::Erlang(unsigned phases, double rate) : Dist(DIST_ERLANG), phases(phases), rate(rate) { paramCheck(); }
 
 unsigned Erlang::getPhases() const { return phases; }
 double Erlang::getRate() const { return rate; }
 
-void Erlang::setPhases(unsigned value) {
-    phases = value;
-    paramCheck();
-}
+void Erlang::setPhases(unsigned value) { setChecked(phases, value); }
+void Erlang::setRate(double value) { setChecked(rate, value); }
 
-void Erlang::setRate(double value) {
-    rate = value;
-    paramCheck();
-}
-
-double Erlang::generateVariate() { return rng->erlang(phases, rate); }
+double Erlang::generateVariate() { return rng.erlang(phases, rate); }
 double Erlang::evalPDF(double x) { return erlang_pdf(x, phases, rate); }
 double Erlang::evalCDF(double x) { return erlang_cdf(x, phases, rate); }
 double Erlang::evalInverseCDF(double p) { return erlang_inverse_cdf(p, phases, rate); }
-double Erlang::evalCCDF(double x) { return erlang_ccdf(x, phases, rate); }
 
 std::string Erlang::toString(format f) {
     std::string k = formatNumber(phases), r = formatNumber(rate, true);
     return layoutText(f, type, "erlangdist", {{"phases", k}, {"rate", r}}, {{"phases", k}, {"rate", r}});
+}
+
+Dist* Erlang::fromConfig(Config* c) {
+    return new Erlang(phaseCount(keyInt(c, "phases", 1)), keyDouble(c, "rate", 1));
+}
+
+Dist* Erlang::fromXML(XMLElement* family) {
+    return new Erlang(phaseCount(tagInt(family, "phases", 1)), tagDouble(family, "rate", 1));
 }
 
 DistStats Erlang::getProperties(unsigned n) { return erlang_stats(phases, rate, n); }
@@ -65,14 +65,7 @@ void Erlang::paramCheck() {
 
 CPH Erlang::asCPH() {
     checkPhases(phases);
-    Matrix T(phases, phases);
-    for (unsigned i = 0; i < phases; i++) {
-        T(i, i) = -rate;
-        if (i + 1 < phases) T(i, i + 1) = rate;
-    }
-    Vector tau(phases, true);
-    tau[0] = 1;
-    return CPH(T, tau);
+    return seriesChainsCPH({std::vector<double>(phases, rate)}, {1.0});
 }
 
 double Erlang::erlang_pdf(double x, unsigned phases, double rate) {
@@ -87,10 +80,7 @@ double Erlang::erlang_cdf(double x, unsigned phases, double rate) {
     checkStaticRate(rate);
     checkPhases(phases);
     if (x < 0) return 0;
-    double sum = 0;
-    for (unsigned n = 0; n < phases; n++)
-        sum += std::pow(rate * x, static_cast<double>(n)) / static_cast<double>(fac(n));
-    return 1 - std::exp(-rate * x) * sum;
+    return 1 - std::exp(-rate * x) * poisson_partial_sum(rate * x, phases);
 }
 
 double Erlang::erlang_inverse_cdf(double p, unsigned phases, double rate) {
@@ -107,7 +97,7 @@ DistStats Erlang::erlang_stats(unsigned phases, double rate, unsigned n) {
     stats.mean = k / rate;
     stats.variance = k / (rate * rate);
     stats.skewness = 2 / std::sqrt(k);
-    stats.cv = std::sqrt(stats.variance) / stats.mean;
+    stats.cv = stats.sdOverMean();
     stats.kurtosis = 6 / k;
     unsigned long below = fac(phases - 1);
     // From 35 phases on, (k-1)! has wrapped to 0 in 32 bits and the integer

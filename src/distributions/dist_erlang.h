@@ -3,8 +3,6 @@
 #define VELMORA_DISTRIBUTIONS_DIST_ERLANG_H
 
 #include "distributions/dist.h"
-// The phase-type form is returned by value: its class comes along.
-#include "markov/cph.h"
 
 namespace velmora {
 
@@ -23,10 +21,11 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     // The chain of `phases` states, each left at `rate` for the next, entered
     // in the first.

@@ -6,37 +6,42 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
+using namespace distread;
+
 static void checkRate(double rate) {
     if (rate <= 0) throw Exception("dist", __LINE__, "Invalid rate for exponential distribution");
 }
 
-Exponential::Exponential(double rate) : rate(rate) {
-    type = DIST_EXPONENTIAL;
-    paramCheck();
-}
+Exponential::Exponential(double rate) : Dist(DIST_EXPONENTIAL), rate(rate) { paramCheck(); }
 
 double Exponential::getRate() const { return rate; }
 
-void Exponential::setRate(double value) {
-    rate = value;
-    paramCheck();
-}
+void Exponential::setRate(double value) { setChecked(rate, value); }
 
-double Exponential::generateVariate() { return rng->exponential(rate); }
+double Exponential::generateVariate() { return rng.exponential(rate); }
 double Exponential::evalPDF(double x) { return exponential_pdf(x, rate); }
 double Exponential::evalCDF(double x) { return exponential_cdf(x, rate); }
 double Exponential::evalInverseCDF(double p) { return exponential_inverse_cdf(p, rate); }
-double Exponential::evalCCDF(double x) { return exponential_ccdf(x, rate); }
 
 // The XML form carries the mean, the key-value form the rate.
 std::string Exponential::toString(format f) {
     return layoutText(f, type, "expodist", {{"rate", formatNumber(rate, false)}},
                       {{"mean", formatNumber(1 / rate, false)}});
+}
+
+Dist* Exponential::fromConfig(Config* c) {
+    return new Exponential(keyDouble(c, "rate", 1));
+}
+
+Dist* Exponential::fromXML(XMLElement* family) {
+    XMLElement* mean = family->getChildElement("mean");
+    return new Exponential(mean != nullptr ? 1 / toDouble(mean->getValue()) : 1);
 }
 
 DistStats Exponential::getProperties(unsigned n) { return exponential_stats(rate, n); }

@@ -17,10 +17,11 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     static double exponential_pdf(double x, double rate);
     static double exponential_cdf(double x, double rate);

@@ -8,43 +8,43 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
+using namespace distread;
+
 static void checkParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameters for gamma distribution.");
 }
 
-Gamma::Gamma(double alpha, double beta) : alpha(alpha), beta(beta) {
-    type = DIST_GAMMA;
-    paramCheck();
-}
+Gamma::Gamma(double alpha, double beta) : Dist(DIST_GAMMA), alpha(alpha), beta(beta) { paramCheck(); }
 
 double Gamma::getAlpha() const { return alpha; }
 double Gamma::getBeta() const { return beta; }
 
-void Gamma::setAlpha(double value) {
-    alpha = value;
-    paramCheck();
-}
+void Gamma::setAlpha(double value) { setChecked(alpha, value); }
+void Gamma::setBeta(double value) { setChecked(beta, value); }
 
-void Gamma::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
-
-double Gamma::generateVariate() { return rng->gamma(alpha, beta); }
+double Gamma::generateVariate() { return rng.gamma(alpha, beta); }
 double Gamma::evalPDF(double x) { return gamma_pdf(x, alpha, beta); }
 double Gamma::evalCDF(double x) { return gamma_cdf(x, alpha, beta); }
 double Gamma::evalInverseCDF(double p) { return gamma_inverse_cdf(p, alpha, beta); }
-double Gamma::evalCCDF(double x) { return gamma_ccdf(x, alpha, beta); }
 
 std::string Gamma::toString(format f) {
     std::string a = formatNumber(alpha, true), b = formatNumber(beta, true);
     return layoutText(f, type, "gammadist", {{"alpha", a}, {"beta", b}}, {{"shape", a}, {"scale", b}});
+}
+
+Dist* Gamma::fromConfig(Config* c) {
+    return new Gamma(keyDouble(c, "alpha", 1), keyDouble(c, "beta", 1));
+}
+
+Dist* Gamma::fromXML(XMLElement* family) {
+    return new Gamma(tagDouble(family, "shape", 1), tagDouble(family, "scale", 1));
 }
 
 DistStats Gamma::getProperties(unsigned n) { return gamma_stats(alpha, beta, n); }
@@ -77,7 +77,7 @@ DistStats Gamma::gamma_stats(double alpha, double beta, unsigned n) {
     stats.mean = alpha * beta;
     stats.variance = beta * beta * alpha;
     stats.skewness = 2 / std::sqrt(alpha);
-    stats.cv = std::sqrt(stats.variance) / stats.mean;
+    stats.cv = stats.sdOverMean();
     stats.kurtosis = 6 / alpha;
     double gammaAlpha = gamma_function(alpha);
     for (unsigned k = 1; k <= n; k++)

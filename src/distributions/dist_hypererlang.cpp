@@ -2,7 +2,9 @@
 // as probability-weighted sums of the Erlang branches (the latter through the
 // Poisson sums), the raw moments sum p_i (m+k_i-1)!/(k_i-1)! / r_i^m in
 // floating point, and the phase-type form with the branches' chains on the
-// diagonal. The probabilities must sum to 1 within 0.00001.
+// diagonal. The probabilities must sum to 1 within 0.00001; the key-value
+// reader normalises them when they are further off than 0.005, the XML reader
+// wants them to sum to 1 exactly.
 //
 // A branch of 0 phases passes the parameter check; the formulas then meet
 // the wrapped factorial of -1, which is 0, and their result is whatever
@@ -11,15 +13,19 @@
 #include "distributions/dist_hypererlang.h"
 
 #include <cmath>
+#include <memory>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_erlang.h"
+#include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_read.h"
 #include "markov/cph.h"
-#include "numerics/matrix.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkParameters(const std::vector<unsigned>& phases, const std::vector<double>& rates,
                             const std::vector<double>& probabilities) {
@@ -28,8 +34,10 @@ static void checkParameters(const std::vector<unsigned>& phases, const std::vect
 }
 
 HyperErlang::HyperErlang(std::vector<unsigned> phases, std::vector<double> rates, std::vector<double> probabilities)
-    : phases(std::move(phases)), rates(std::move(rates)), probabilities(std::move(probabilities)) {
-    type = DIST_HYPERERLANG;
+    : Dist(DIST_HYPERERLANG),
+      phases(std::move(phases)),
+      rates(std::move(rates)),
+      probabilities(std::move(probabilities)) {
     paramCheck();
 }
 
@@ -44,26 +52,14 @@ std::vector<unsigned> HyperErlang::getPhases() const { return phases; }
 std::vector<double> HyperErlang::getRates() const { return rates; }
 std::vector<double> HyperErlang::getProbabilities() const { return probabilities; }
 
-void HyperErlang::setPases(std::vector<unsigned> value) {
-    phases = std::move(value);
-    paramCheck();
-}
+void HyperErlang::setPases(std::vector<unsigned> value) { setChecked(phases, std::move(value)); }
+void HyperErlang::setRates(std::vector<double> value) { setChecked(rates, std::move(value)); }
+void HyperErlang::setProbabilities(std::vector<double> value) { setChecked(probabilities, std::move(value)); }
 
-void HyperErlang::setRates(std::vector<double> value) {
-    rates = std::move(value);
-    paramCheck();
-}
-
-void HyperErlang::setProbabilities(std::vector<double> value) {
-    probabilities = std::move(value);
-    paramCheck();
-}
-
-double HyperErlang::generateVariate() { return rng->hyper_erlang(phases, rates, probabilities); }
+double HyperErlang::generateVariate() { return rng.hyper_erlang(phases, rates, probabilities); }
 double HyperErlang::evalPDF(double x) { return hyper_erlang_pdf(x, phases, rates, probabilities); }
 double HyperErlang::evalCDF(double x) { return hyper_erlang_cdf(x, phases, rates, probabilities); }
 double HyperErlang::evalInverseCDF(double p) { return hyper_erlang_inverse_cdf(p, phases, rates, probabilities); }
-double HyperErlang::evalCCDF(double x) { return hyper_erlang_ccdf(x, phases, rates, probabilities); }
 
 std::string HyperErlang::toString(format f) {
     std::string k = formatList(phases), r = formatList(rates, true), p = formatList(probabilities, true);
@@ -72,44 +68,71 @@ std::string HyperErlang::toString(format f) {
                       {{"prob", p}, {"phases", k}, {"rates", r}});
 }
 
+Dist* HyperErlang::fromConfig(Config* c) {
+    std::vector<unsigned> phases;
+    if (c->existsKey("phases")) phases = phaseList(c->getValue("phases"));
+    std::vector<double> rates;
+    if (c->existsKey("rates")) rates = doubleList(c->getValue("rates"));
+    std::vector<double> probabilities;
+    if (c->existsKey("prob")) {
+        probabilities = doubleList(c->getValue("prob"));
+        // Far off, the list is normalised; a sum within 0.005 but off by more
+        // than the family's own tolerance is left for its check to refuse.
+        double sum = sumOf(probabilities);
+        if (std::fabs(sum - 1) > 0.005)
+            for (double& p : probabilities) p /= sum;
+    }
+    long long branches =
+        c->existsKey("branches") ? c->getValueAsInt("branches") : static_cast<long long>(phases.size());
+    if (static_cast<long long>(phases.size()) != branches || static_cast<long long>(rates.size()) != branches ||
+        static_cast<long long>(probabilities.size()) != branches)
+        throw Exception("dist", __LINE__, "Dimensions for Hyper-Erlang vectors do not match.");
+    return new HyperErlang(phases, rates, probabilities);
+}
+
+Dist* HyperErlang::fromXML(XMLElement* family) {
+    std::vector<double> probabilities;
+    if (XMLElement* child = family->getChildElement("prob")) {
+        probabilities = doubleList(child->getValue());
+        // Exact comparison: the XML form admits no slack at all.
+        if (sumOf(probabilities) != 1)
+            throw Exception("dist", __LINE__, "Sum of initial probabilities for Hyper-Erlang must equal 1.");
+    }
+    std::vector<unsigned> phases;
+    if (XMLElement* child = family->getChildElement("phases")) phases = phaseList(child->getValue());
+    std::vector<double> rates;
+    if (XMLElement* child = family->getChildElement("rates")) rates = doubleList(child->getValue());
+    if (phases.size() != rates.size() || rates.size() != probabilities.size())
+        throw Exception("dist", __LINE__, "Dimensions for Hyper-Erlang vectors do not match.");
+    return new HyperErlang(phases, rates, probabilities);
+}
+
 DistStats HyperErlang::getProperties(unsigned n) { return hyper_erlang_stats(phases, rates, probabilities, n); }
 
 void HyperErlang::paramCheck() { checkParameters(phases, rates, probabilities); }
 
 // Each branch is the chain of its Erlang, entered in its first state with
-// the branch's probability. The chains are written in place rather than
+// the branch's probability. The chains are built from the rates rather than
 // through Erlang objects, which would each seed a stream of their own; a
 // branch is refused exactly as its Erlang would refuse it.
 CPH HyperErlang::asCPH() {
+    std::vector<std::vector<double>> chains;
     for (size_t i = 0; i < rates.size(); i++) {
         if (rates[i] <= 0) throw Exception("dist", __LINE__, "Invalid rate for erlang distribution");
         if (phases[i] == 0) throw Exception("dist", __LINE__, "Invalid number of phases for Erlang distribution.");
+        chains.emplace_back(phases[i], rates[i]);
     }
-    unsigned order = getOrder();
-    Matrix T(order, order);
-    Vector tau(order, true);
-    unsigned offset = 0;
-    for (size_t i = 0; i < rates.size(); i++) {
-        for (unsigned j = 0; j < phases[i]; j++) {
-            T(offset + j, offset + j) = -rates[i];
-            if (j + 1 < phases[i]) T(offset + j, offset + j + 1) = rates[i];
-        }
-        tau[offset] = probabilities[i];
-        offset += phases[i];
-    }
-    return CPH(T, tau);
+    return seriesChainsCPH(chains, probabilities);
 }
 
-// An Erlang that refuses its rate (0) leaves no object behind.
+// An Erlang that refuses its rate (0) leaves no object behind: the branches
+// are handed over only once all of them stand.
 std::vector<std::pair<double, Erlang*>> HyperErlang::getErlangDists() {
+    std::vector<std::unique_ptr<Erlang>> branches;
+    for (size_t i = 0; i < rates.size(); i++) branches.push_back(std::make_unique<Erlang>(phases[i], rates[i]));
     std::vector<std::pair<double, Erlang*>> result;
-    try {
-        for (size_t i = 0; i < rates.size(); i++)
-            result.emplace_back(probabilities[i], new Erlang(phases[i], rates[i]));
-    } catch (...) {
-        for (auto& branch : result) delete branch.second;
-        throw;
-    }
+    result.reserve(branches.size());
+    for (size_t i = 0; i < branches.size(); i++) result.emplace_back(probabilities[i], branches[i].release());
     return result;
 }
 
@@ -127,15 +150,10 @@ void HyperErlang::sortBranches() {
     }
 }
 
+// The check lives beside the stream, whose hyper-Erlang variates use it too.
 bool HyperErlang::hyper_erlang_check_params(const std::vector<unsigned>& phases, const std::vector<double>& rates,
                                             const std::vector<double>& probabilities) {
-    if (phases.size() != rates.size() || rates.size() != probabilities.size()) return false;
-    double sum = 0;
-    for (size_t i = 0; i < rates.size(); i++) {
-        if (rates[i] < 0 || probabilities[i] < 0) return false;
-        sum += probabilities[i];
-    }
-    return std::fabs(sum - 1) <= 0.00001;
+    return hyper_erlang_params_valid(phases, rates, probabilities);
 }
 
 double HyperErlang::hyper_erlang_pdf(double x, const std::vector<unsigned>& phases, const std::vector<double>& rates,
@@ -158,9 +176,7 @@ double HyperErlang::hyper_erlang_cdf(double x, const std::vector<unsigned>& phas
     double sum = 0;
     for (size_t i = 0; i < rates.size(); i++) {
         const double rx = rates[i] * x;
-        double poisson = 0;
-        for (unsigned n = 0; n < phases[i]; n++) poisson += std::pow(rx, static_cast<double>(n)) / fac(n);
-        sum += probabilities[i] * std::exp(-rx) * poisson;
+        sum += probabilities[i] * std::exp(-rx) * poisson_partial_sum(rx, phases[i]);
     }
     return 1 - sum;
 }
@@ -185,7 +201,7 @@ DistStats HyperErlang::hyper_erlang_stats(const std::vector<unsigned>& phases, c
         second += probabilities[i] * phases[i] * (phases[i] + 1.0) / (rates[i] * rates[i]);
     stats.mean = mean;
     stats.variance = second - mean * mean;
-    stats.cv = std::sqrt(stats.variance) / mean;
+    stats.cv = stats.sdOverMean();
     for (unsigned m = 1; m <= n; m++) {
         double moment = 0;
         for (size_t i = 0; i < rates.size(); i++)

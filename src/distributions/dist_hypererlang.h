@@ -7,8 +7,6 @@
 #include <vector>
 
 #include "distributions/dist.h"
-// The phase-type form is returned by value: its class comes along.
-#include "markov/cph.h"
 
 namespace velmora {
 
@@ -38,10 +36,11 @@ public:
     double evalCDF(double x) override;
     // Throws "Not implemented.".
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     // The Erlang chains of the branches side by side on the diagonal, in
     // branch order, each entered in its first state with the branch's

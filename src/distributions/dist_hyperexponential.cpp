@@ -1,13 +1,17 @@
 // The hyper-exponential distribution: the density sum p_i r_i e^(-r_i x) and
 // the distribution function sum p_i (1 - e^(-r_i x)). The probabilities may
-// miss 1 by up to 0.005, a looser bound than the hyper-Erlang family's.
+// miss 1 by up to 0.005, a looser bound than the hyper-Erlang family's; the
+// key-value reader holds them to the same bound.
 #include "distributions/dist_hyperexponential.h"
 
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkParameters(const std::vector<double>& rates, const std::vector<double>& probabilities) {
     if (!HyperExponential::hyper_exponential_check_params(rates, probabilities))
@@ -15,8 +19,7 @@ static void checkParameters(const std::vector<double>& rates, const std::vector<
 }
 
 HyperExponential::HyperExponential(std::vector<double> rates, std::vector<double> probabilities)
-    : rates(std::move(rates)), probabilities(std::move(probabilities)) {
-    type = DIST_HYPEREXPONENTIAL;
+    : Dist(DIST_HYPEREXPONENTIAL), rates(std::move(rates)), probabilities(std::move(probabilities)) {
     paramCheck();
 }
 
@@ -24,27 +27,38 @@ unsigned HyperExponential::getPhases() const { return static_cast<unsigned>(rate
 std::vector<double> HyperExponential::getRates() const { return rates; }
 std::vector<double> HyperExponential::getProbabilities() const { return probabilities; }
 
-void HyperExponential::setRates(std::vector<double> value) {
-    rates = std::move(value);
-    paramCheck();
-}
-
-void HyperExponential::setProbabilities(std::vector<double> value) {
-    probabilities = std::move(value);
-    paramCheck();
-}
+void HyperExponential::setRates(std::vector<double> value) { setChecked(rates, std::move(value)); }
+void HyperExponential::setProbabilities(std::vector<double> value) { setChecked(probabilities, std::move(value)); }
 
 double HyperExponential::generateVariate() { throw Exception("dist", __LINE__, "Not implemented."); }
 double HyperExponential::evalPDF(double x) { return hyper_exponential_pdf(x, rates, probabilities); }
 double HyperExponential::evalCDF(double x) { return hyper_exponential_cdf(x, rates, probabilities); }
 double HyperExponential::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
-double HyperExponential::evalCCDF(double x) { return hyper_exponential_ccdf(x, rates, probabilities); }
 
 // The XML form carries the count and the rates, not the probabilities.
 std::string HyperExponential::toString(format f) {
     std::string k = formatNumber(getPhases()), r = formatList(rates, true);
     return layoutText(f, type, "hyperexpdist", {{"phases", k}, {"rates", r}, {"prob", formatList(probabilities, true)}},
                       {{"phases", k}, {"rates", r}});
+}
+
+Dist* HyperExponential::fromConfig(Config* c) {
+    int phases = keyInt(c, "phases", 1);
+    std::vector<double> probabilities;
+    if (c->existsKey("prob")) {
+        // A single element is neither converted nor summed: the list counts
+        // as empty, with sum 0.
+        std::vector<std::string> pieces = splitString(c->getValue("prob"), ' ');
+        if (pieces.size() > 1)
+            for (const std::string& piece : pieces) probabilities.push_back(toDouble(piece));
+        if (std::fabs(sumOf(probabilities) - 1) > 0.005)
+            throw Exception("dist", __LINE__, "Sum of initial probabilities for Hyper-Exponential must equal 1.");
+    }
+    std::vector<double> rates;
+    if (c->existsKey("rates")) rates = doubleList(c->getValue("rates"));
+    if (static_cast<long long>(probabilities.size()) != phases || static_cast<long long>(rates.size()) != phases)
+        throw Exception("dist", __LINE__, "Dimensions for Hyper-Exponential vectors do not match.");
+    return new HyperExponential(rates, probabilities);
 }
 
 DistStats HyperExponential::getProperties(unsigned) { throw Exception("dist", __LINE__, "Not implemented."); }

@@ -27,11 +27,11 @@ public:
     double evalCDF(double x) override;
     // Throws "Not implemented.".
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     // Throws "Not implemented.".
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
     // Equal lengths, no negative element, and probabilities summing to 1
     // within 0.005.

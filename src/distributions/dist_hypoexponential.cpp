@@ -9,62 +9,76 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "markov/cph.h"
 #include "numerics/matrix.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
+using namespace distread;
+
 static void checkParameters(const std::vector<double>& rates) {
     if (!HypoExponential::hypo_exponential_check_params(rates))
         throw Exception("dist", __LINE__, "Invalid parameters for Hypo-Exponential distribution.");
 }
 
-HypoExponential::HypoExponential(std::vector<double> rates) : rates(std::move(rates)) {
-    type = DIST_HYPOEXPONENTIAL;
+HypoExponential::HypoExponential(std::vector<double> rates)
+    : Dist(DIST_HYPOEXPONENTIAL), rates(std::move(rates)) {
     paramCheck();
 }
 
 unsigned HypoExponential::getPhases() const { return static_cast<unsigned>(rates.size()); }
 std::vector<double> HypoExponential::getRates() const { return rates; }
 
-void HypoExponential::setRates(std::vector<double> value) {
-    rates = std::move(value);
-    paramCheck();
-}
+void HypoExponential::setRates(std::vector<double> value) { setChecked(rates, std::move(value)); }
 
-double HypoExponential::generateVariate() { return rng->hypo_exponential(rates); }
+double HypoExponential::generateVariate() { return rng.hypo_exponential(rates); }
 double HypoExponential::evalPDF(double x) { return hypo_exponential_pdf(x, rates); }
 double HypoExponential::evalCDF(double x) { return hypo_exponential_cdf(x, rates); }
 double HypoExponential::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
-double HypoExponential::evalCCDF(double x) { return hypo_exponential_ccdf(x, rates); }
 
 std::string HypoExponential::toString(format f) {
     std::string k = formatNumber(getPhases()), r = formatList(rates, true);
     return layoutText(f, type, "hypoexpdist", {{"phases", k}, {"rates", r}}, {{"phases", k}, {"rates", r}});
 }
 
+// The count of phases is read and has no effect: the rates alone count.
+Dist* HypoExponential::fromConfig(Config* c) {
+    std::vector<double> rates;
+    if (c->existsKey("rates")) rates = doubleList(c->getValue("rates"));
+    return new HypoExponential(rates);
+}
+
 DistStats HypoExponential::getProperties(unsigned n) { return hypo_exponential_stats(rates, n); }
 
 void HypoExponential::paramCheck() { checkParameters(rates); }
 
-// The series chain of the rates; building it needs no object (and no stream).
-// A series without phases has no phase-type form.
-static CPH seriesCPH(const std::vector<double>& rates) {
-    unsigned m = static_cast<unsigned>(rates.size());
-    if (m == 0)
-        throw Exception("dist", __LINE__, "Hypo-Exponential distribution without phases has no phase-type form.");
-    Matrix T(m, m);
-    for (unsigned i = 0; i < m; i++) {
-        T(i, i) = -rates[i];
-        if (i + 1 < m) T(i, i + 1) = rates[i];
+CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry) {
+    unsigned order = 0;
+    for (const std::vector<double>& chain : chains) order += static_cast<unsigned>(chain.size());
+    Matrix T(order, order);
+    Vector tau(order, true);
+    unsigned offset = 0;
+    for (size_t b = 0; b < chains.size(); b++) {
+        const std::vector<double>& chain = chains[b];
+        const unsigned m = static_cast<unsigned>(chain.size());
+        for (unsigned j = 0; j < m; j++) {
+            T(offset + j, offset + j) = -chain[j];
+            if (j + 1 < m) T(offset + j, offset + j + 1) = chain[j];
+        }
+        tau[offset] = entry[b];
+        offset += m;
     }
-    Vector tau(m, true);
-    tau[0] = 1;
     return CPH(T, tau);
 }
 
-CPH HypoExponential::asCPH() { return seriesCPH(rates); }
+// A series without phases has no phase-type form.
+CPH HypoExponential::asCPH() {
+    if (rates.empty())
+        throw Exception("dist", __LINE__, "Hypo-Exponential distribution without phases has no phase-type form.");
+    return seriesChainsCPH({rates}, {1.0});
+}
 
 bool HypoExponential::hypo_exponential_check_params(const std::vector<double>& rates) {
     for (double rate : rates)
@@ -113,7 +127,7 @@ DistStats HypoExponential::hypo_exponential_stats(const std::vector<double>& rat
     if (rates.empty())
         stats.moments.assign(n, 0.0);
     else if (n > 0)
-        stats.moments = seriesCPH(rates).getMoments(1, n);
+        stats.moments = seriesChainsCPH({rates}, {1.0}).getMoments(1, n);
     return stats;
 }
 

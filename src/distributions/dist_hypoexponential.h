@@ -6,8 +6,6 @@
 #include <vector>
 
 #include "distributions/dist.h"
-// The phase-type form is returned by value: its class comes along.
-#include "markov/cph.h"
 
 namespace velmora {
 
@@ -26,10 +24,10 @@ public:
     // The distribution functions and the quantile throw "Not implemented.".
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
     // The chain of the phases in their order, entered in the first.
     CPH asCPH();
@@ -46,6 +44,15 @@ public:
 private:
     std::vector<double> rates;
 };
+
+// Series chains as one phase-type distribution: the chains side by side on
+// the diagonal in their order, chain b entered in its first state with
+// probability entry[b]; each state is left at its rate for the next state of
+// its chain, the last one to absorption. Every chain has at least one state.
+// The Erlang (one chain of equal rates), the hypo-exponential (one chain) and
+// the hyper-Erlang (one Erlang chain per branch) take their forms from here;
+// building it needs no family object, and so no stream.
+CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry);
 
 }  // namespace velmora
 

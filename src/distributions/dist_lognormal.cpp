@@ -7,44 +7,45 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
+using namespace distread;
+
 static void checkSigma(double sigma) {
     if (sigma < 0) throw Exception("dist", __LINE__, "Invalid parameter for lognormal distribution");
 }
 
-Lognormal::Lognormal(double mu, double sigma) : mu(mu), sigma(sigma) {
-    type = DIST_LOGNORMAL;
-    paramCheck();
-}
+Lognormal::Lognormal(double mu, double sigma) : Dist(DIST_LOGNORMAL), mu(mu), sigma(sigma) { paramCheck(); }
 
 double Lognormal::getMu() const { return mu; }
 double Lognormal::getSigma() const { return sigma; }
 
-void Lognormal::setMu(double value) {
-    mu = value;
-    paramCheck();
-}
+void Lognormal::setMu(double value) { setChecked(mu, value); }
+void Lognormal::setSigma(double value) { setChecked(sigma, value); }
 
-void Lognormal::setSigma(double value) {
-    sigma = value;
-    paramCheck();
-}
-
-double Lognormal::generateVariate() { return rng->lognormal(mu, sigma); }
+double Lognormal::generateVariate() { return rng.lognormal(mu, sigma); }
 double Lognormal::evalPDF(double x) { return lognormal_pdf(x, mu, sigma); }
 double Lognormal::evalCDF(double x) { return lognormal_cdf(x, mu, sigma); }
 double Lognormal::evalInverseCDF(double p) { return lognormal_inverse_cdf(p, mu, sigma); }
-double Lognormal::evalCCDF(double x) { return lognormal_ccdf(x, mu, sigma); }
 
 // The key-value form carries sigma squared, the XML form sigma.
 std::string Lognormal::toString(format f) {
     return layoutText(f, type, "lognormaldist",
                       {{"mu", formatNumber(mu, true)}, {"sigma2", formatNumber(sigma * sigma, true)}},
                       {{"mu", formatNumber(mu, true)}, {"sigma", formatNumber(sigma, true)}});
+}
+
+Dist* Lognormal::fromConfig(Config* c) {
+    return new Lognormal(keyDouble(c, "mu", 0), std::sqrt(keyDouble(c, "sigma2", 1)));
+}
+
+Dist* Lognormal::fromXML(XMLElement* family) {
+    return new Lognormal(tagDouble(family, "mu", 0), tagDouble(family, "sigma", 1));
 }
 
 DistStats Lognormal::getProperties(unsigned n) { return lognormal_stats(mu, sigma, n); }

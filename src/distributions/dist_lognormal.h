@@ -19,10 +19,11 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;
     double evalInverseCDF(double p) override;
-    double evalCCDF(double x) override;
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
+    static Dist* fromXML(XMLElement* family);
 
     static double lognormal_pdf(double x, double mu, double sigma);
     static double lognormal_cdf(double x, double mu, double sigma);

@@ -8,11 +8,14 @@
 #include <limits>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 namespace {
 
@@ -61,35 +64,32 @@ void checkSD(double s) {
 
 }  // namespace
 
-Normal::Normal(double mean, double sd) : mean(mean), sd(sd) {
-    type = DIST_NORMAL;
-    paramCheck();
-}
+Normal::Normal(double mean, double sd) : Dist(DIST_NORMAL), mean(mean), sd(sd) { paramCheck(); }
 
 double Normal::getMean() const { return mean; }
 double Normal::getSD() const { return sd; }
 
-void Normal::setMean(double value) {
-    mean = value;
-    paramCheck();
-}
+void Normal::setMean(double value) { setChecked(mean, value); }
+void Normal::setSD(double value) { setChecked(sd, value); }
 
-void Normal::setSD(double value) {
-    sd = value;
-    paramCheck();
-}
-
-double Normal::generateVariate() { return rng->normal(mean, sd); }
+double Normal::generateVariate() { return rng.normal(mean, sd); }
 double Normal::evalPDF(double x) { return normal_pdf(x, mean, sd); }
 double Normal::evalCDF(double x) { return normal_cdf(x, mean, sd); }
 double Normal::evalInverseCDF(double p) { return normal_inverse_cdf(p, mean, sd); }
-double Normal::evalCCDF(double x) { return normal_ccdf(x, mean, sd); }
 
 // The key-value form carries the variance, the XML form the deviation.
 std::string Normal::toString(format f) {
     return layoutText(f, type, "normaldist",
                       {{"mean", formatNumber(mean, false)}, {"var", formatNumber(sd * sd, false)}},
                       {{"mean", formatNumber(mean, false)}, {"std", formatNumber(sd, false)}});
+}
+
+Dist* Normal::fromConfig(Config* c) {
+    return new Normal(keyDouble(c, "mean", 0), std::sqrt(keyDouble(c, "var", 1)));
+}
+
+Dist* Normal::fromXML(XMLElement* family) {
+    return new Normal(tagDouble(family, "mean", 0), tagDouble(family, "std", 1));
 }
 
 DistStats Normal::getProperties(unsigned n) { return normal_stats(mean, sd, n); }

@@ -6,42 +6,38 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
 
+using namespace distread;
+
 static void checkParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameters for Pearson V distribution.");
 }
 
-PearsonV::PearsonV(double alpha, double beta) : alpha(alpha), beta(beta) {
-    type = DIST_PEARSONV;
-    paramCheck();
-}
+PearsonV::PearsonV(double alpha, double beta) : Dist(DIST_PEARSONV), alpha(alpha), beta(beta) { paramCheck(); }
 
 double PearsonV::getAlpha() const { return alpha; }
 double PearsonV::getBeta() const { return beta; }
 
-void PearsonV::setAlpha(double value) {
-    alpha = value;
-    paramCheck();
-}
+void PearsonV::setAlpha(double value) { setChecked(alpha, value); }
+void PearsonV::setBeta(double value) { setChecked(beta, value); }
 
-void PearsonV::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
-
-double PearsonV::generateVariate() { return rng->pearsonV(alpha, beta); }
+double PearsonV::generateVariate() { return rng.pearsonV(alpha, beta); }
 double PearsonV::evalPDF(double x) { return pearsonV_pdf(x, alpha, beta); }
 double PearsonV::evalCDF(double) { throw Exception("dist", __LINE__, "Not implemented!"); }
 double PearsonV::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
-double PearsonV::evalCCDF(double) { throw Exception("dist", __LINE__, "Not implemented!"); }
 
 std::string PearsonV::toString(format f) {
     TextFields fields = {{"alpha", formatNumber(alpha, true)}, {"beta", formatNumber(beta, true)}};
     return layoutText(f, type, "pearson5dist", fields, fields);
+}
+
+Dist* PearsonV::fromConfig(Config* c) {
+    return new PearsonV(keyDouble(c, "alpha", 1), keyDouble(c, "beta", 1));
 }
 
 DistStats PearsonV::getProperties(unsigned) { throw Exception("dist", __LINE__, "Not implemented."); }

@@ -20,10 +20,10 @@ public:
     double evalPDF(double x) override;
     double evalCDF(double x) override;             // throws "Not implemented!"
     double evalInverseCDF(double p) override;      // throws "Not implemented."
-    double evalCCDF(double x) override;            // throws "Not implemented!"
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;  // throws "Not implemented."
     void paramCheck() override;
+    static Dist* fromConfig(Config* c);
 
     static double pearsonV_pdf(double x, double alpha, double beta);
 

@@ -6,18 +6,21 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkParameters(double alpha1, double alpha2, double beta) {
     if (alpha1 <= 0 || alpha2 <= 0 || beta <= 0)
         throw Exception("dist", __LINE__, "Invalid parameters for Pearson VI distribution.");
 }
 
-PearsonVI::PearsonVI(double alpha1, double alpha2, double beta) : alpha1(alpha1), alpha2(alpha2), beta(beta) {
-    type = DIST_PEARSONVI;
+PearsonVI::PearsonVI(double alpha1, double alpha2, double beta)
+    : Dist(DIST_PEARSONVI), alpha1(alpha1), alpha2(alpha2), beta(beta) {
     paramCheck();
 }
 
@@ -25,32 +28,24 @@ double PearsonVI::getAlpha1() const { return alpha1; }
 double PearsonVI::getAlpha2() const { return alpha2; }
 double PearsonVI::getBeta() const { return beta; }
 
-void PearsonVI::setAlpha1(double value) {
-    alpha1 = value;
-    paramCheck();
-}
+void PearsonVI::setAlpha1(double value) { setChecked(alpha1, value); }
+void PearsonVI::setAlpha2(double value) { setChecked(alpha2, value); }
+void PearsonVI::setBeta(double value) { setChecked(beta, value); }
 
-void PearsonVI::setAlpha2(double value) {
-    alpha2 = value;
-    paramCheck();
-}
-
-void PearsonVI::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
-
-double PearsonVI::generateVariate() { return rng->pearsonVI(alpha1, alpha2, beta); }
+double PearsonVI::generateVariate() { return rng.pearsonVI(alpha1, alpha2, beta); }
 double PearsonVI::evalPDF(double x) { return pearsonVI_pdf(x, alpha1, alpha2, beta); }
 double PearsonVI::evalCDF(double) { throw Exception("dist", __LINE__, "Not implemented!"); }
 double PearsonVI::evalInverseCDF(double) { throw Exception("dist", __LINE__, "Not implemented."); }
-double PearsonVI::evalCCDF(double) { throw Exception("dist", __LINE__, "Not implemented!"); }
 
 std::string PearsonVI::toString(format f) {
     TextFields fields = {{"alpha1", formatNumber(alpha1, true)},
                          {"alpha2", formatNumber(alpha2, true)},
                          {"beta", formatNumber(beta, true)}};
     return layoutText(f, type, "pearson6dist", fields, fields);
+}
+
+Dist* PearsonVI::fromConfig(Config* c) {
+    return new PearsonVI(keyDouble(c, "alpha1", 1), keyDouble(c, "alpha2", 1), keyDouble(c, "beta", 1));
 }
 
 DistStats PearsonVI::getProperties(unsigned) { throw Exception("dist", __LINE__, "Not implemented."); }

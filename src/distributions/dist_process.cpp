@@ -9,7 +9,6 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
-#include "distributions/dist.h"
 #include "distributions/dist_load.h"
 #include "numerics/matrix.h"
 
@@ -26,16 +25,14 @@ DistProcess::DistProcess(Config* c) : DistProcess(static_cast<Dist*>(nullptr)) {
 
 DistProcess::DistProcess(XMLConfig* c) : DistProcess(static_cast<Dist*>(nullptr)) { load(c); }
 
-DistProcess::~DistProcess() { delete dist; }
-
-Dist* DistProcess::getDistribution() { return dist; }
+Dist* DistProcess::getDistribution() { return dist.get(); }
 
 // A key-value file without "distribution" leaves the process without a
 // family; everything that needs one says so here instead of failing on a
 // null pointer.
 Dist* DistProcess::requireDist() const {
     if (dist == nullptr) throw Exception("dist", __LINE__, "No distribution loaded.");
-    return dist;
+    return dist.get();
 }
 
 std::string DistProcess::getProcessDescription() { return getProcessTypeString(); }
@@ -46,16 +43,10 @@ void DistProcess::load(std::string file, format f) { loadProcessFile(*this, file
 void DistProcess::load(Config* c) {
     if (c->existsKey("model") && c->getValue("model") != "distribution")
         throw Exception("dist", __LINE__, "Not a distribution.");
-    Dist* fresh = loadDistribution(c);
-    delete dist;
-    dist = fresh;
+    dist.reset(loadDistribution(c));
 }
 
-void DistProcess::load(XMLConfig* c) {
-    Dist* fresh = loadDistribution(c);
-    delete dist;
-    dist = fresh;
-}
+void DistProcess::load(XMLConfig* c) { dist.reset(loadDistribution(c)); }
 
 void DistProcess::save(std::string file, format f) { saveProcessFile(*this, file, f, "dist"); }
 

@@ -6,15 +6,18 @@
 #ifndef VELMORA_DISTRIBUTIONS_DIST_PROCESS_H
 #define VELMORA_DISTRIBUTIONS_DIST_PROCESS_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "core/process.h"
+// The family is held by a unique_ptr: the compiler-written destructor needs
+// its class.
+#include "distributions/dist.h"
 
 namespace velmora {
 
 class Config;
-class Dist;
 class Matrix;
 class Trace;
 class XMLConfig;
@@ -30,7 +33,6 @@ public:
     // process.
     DistProcess(const DistProcess&) = delete;
     DistProcess& operator=(const DistProcess&) = delete;
-    ~DistProcess() override;
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -63,7 +65,7 @@ private:
     // The family, or an exception when none has been loaded.
     Dist* requireDist() const;
 
-    Dist* dist;
+    std::unique_ptr<Dist> dist;
 };
 
 }  // namespace velmora

@@ -5,47 +5,43 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkTriangle(double a, double b, double c) {
     if (a >= c || c >= b) throw Exception("dist", __LINE__, "Invalid parameters for triangular distribution.");
 }
 
-Triangular::Triangular(double a, double b, double c) : a(a), b(b), c(c) {
-    type = DIST_TRIANGULAR;
-    paramCheck();
-}
+Triangular::Triangular(double a, double b, double c) : Dist(DIST_TRIANGULAR), a(a), b(b), c(c) { paramCheck(); }
 
 double Triangular::getA() const { return a; }
 double Triangular::getB() const { return b; }
 double Triangular::getC() const { return c; }
 
-void Triangular::setA(double value) {
-    a = value;
-    paramCheck();
-}
+void Triangular::setA(double value) { setChecked(a, value); }
+void Triangular::setB(double value) { setChecked(b, value); }
+void Triangular::setC(double value) { setChecked(c, value); }
 
-void Triangular::setB(double value) {
-    b = value;
-    paramCheck();
-}
-
-void Triangular::setC(double value) {
-    c = value;
-    paramCheck();
-}
-
-double Triangular::generateVariate() { return rng->triangular(a, b, c); }
+double Triangular::generateVariate() { return rng.triangular(a, b, c); }
 double Triangular::evalPDF(double x) { return triangular_pdf(x, a, b, c); }
 double Triangular::evalCDF(double x) { return triangular_cdf(x, a, b, c); }
 double Triangular::evalInverseCDF(double p) { return triangular_inverse_cdf(p, a, b, c); }
-double Triangular::evalCCDF(double x) { return triangular_ccdf(x, a, b, c); }
 
 std::string Triangular::toString(format f) {
     TextFields fields = {{"a", formatNumber(a, true)}, {"b", formatNumber(b, true)}, {"c", formatNumber(c, true)}};
     return layoutText(f, type, "triangulardist", fields, fields);
+}
+
+Dist* Triangular::fromConfig(Config* c) {
+    return new Triangular(keyDouble(c, "a", 0), keyDouble(c, "b", 1), keyDouble(c, "c", 0.5));
+}
+
+Dist* Triangular::fromXML(XMLElement* family) {
+    return new Triangular(tagDouble(family, "a", 0), tagDouble(family, "b", 1), tagDouble(family, "c", 0.5));
 }
 
 DistStats Triangular::getProperties(unsigned n) { return triangular_stats(a, b, c, n); }
@@ -85,7 +81,7 @@ DistStats Triangular::triangular_stats(double a, double b, double c, unsigned n)
     stats.mean = (a + b + c) / 3;
     stats.variance = q / 18;
     stats.skewness = std::sqrt(2.0) * (a + b - 2 * c) * (2 * a - b - c) * (a - 2 * b + c) / (5 * std::pow(q, 1.5));
-    stats.cv = std::sqrt(stats.variance) / stats.mean;
+    stats.cv = stats.sdOverMean();
     stats.kurtosis = -0.6;
     if (n >= 1) stats.moments.push_back(stats.mean);
     if (n > 1) libvelmora_warning("For triangular distribution only computation of first moment is supported.");

@@ -6,41 +6,41 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkRange(double a, double b) {
     if (a > b) throw Exception("dist", __LINE__, "Invalid range for uniform distribution");
 }
 
-Uniform::Uniform(double a, double b) : a(a), b(b) {
-    type = DIST_UNIFORM;
-    paramCheck();
-}
+Uniform::Uniform(double a, double b) : Dist(DIST_UNIFORM), a(a), b(b) { paramCheck(); }
 
 double Uniform::getA() const { return a; }
 double Uniform::getB() const { return b; }
 
-void Uniform::setA(double value) {
-    a = value;
-    paramCheck();
-}
+void Uniform::setA(double value) { setChecked(a, value); }
+void Uniform::setB(double value) { setChecked(b, value); }
 
-void Uniform::setB(double value) {
-    b = value;
-    paramCheck();
-}
-
-double Uniform::generateVariate() { return rng->uniform(a, b); }
+double Uniform::generateVariate() { return rng.uniform(a, b); }
 double Uniform::evalPDF(double x) { return uniform_pdf(x, a, b); }
 double Uniform::evalCDF(double x) { return uniform_cdf(x, a, b); }
 double Uniform::evalInverseCDF(double p) { return uniform_inverse_cdf(p, a, b); }
-double Uniform::evalCCDF(double x) { return uniform_ccdf(x, a, b); }
 
 std::string Uniform::toString(format f) {
     TextFields fields = {{"a", formatNumber(a, false)}, {"b", formatNumber(b, false)}};
     return layoutText(f, type, "uniformdist", fields, fields);
+}
+
+Dist* Uniform::fromConfig(Config* c) {
+    return new Uniform(keyDouble(c, "a", 0), keyDouble(c, "b", 1));
+}
+
+Dist* Uniform::fromXML(XMLElement* family) {
+    return new Uniform(tagDouble(family, "a", 0), tagDouble(family, "b", 1));
 }
 
 DistStats Uniform::getProperties(unsigned n) { return uniform_stats(a, b, n); }

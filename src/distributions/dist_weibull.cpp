@@ -8,10 +8,13 @@
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
+#include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 
 namespace velmora {
+
+using namespace distread;
 
 static void checkObjectParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameter for weibull distribution");
@@ -21,33 +24,30 @@ static void checkFunctionParameters(double alpha, double beta) {
     if (alpha <= 0 || beta <= 0) throw Exception("dist", __LINE__, "Invalid parameter for Weibull distribution.");
 }
 
-Weibull::Weibull(double alpha, double beta) : alpha(alpha), beta(beta) {
-    type = DIST_WEIBULL;
-    paramCheck();
-}
+Weibull::Weibull(double alpha, double beta) : Dist(DIST_WEIBULL), alpha(alpha), beta(beta) { paramCheck(); }
 
 double Weibull::getAlpha() const { return alpha; }
 double Weibull::getBeta() const { return beta; }
 
-void Weibull::setAlpha(double value) {
-    alpha = value;
-    paramCheck();
-}
+void Weibull::setAlpha(double value) { setChecked(alpha, value); }
+void Weibull::setBeta(double value) { setChecked(beta, value); }
 
-void Weibull::setBeta(double value) {
-    beta = value;
-    paramCheck();
-}
-
-double Weibull::generateVariate() { return rng->weibull(alpha, beta); }
+double Weibull::generateVariate() { return rng.weibull(alpha, beta); }
 double Weibull::evalPDF(double x) { return weibull_pdf(x, alpha, beta); }
 double Weibull::evalCDF(double x) { return weibull_cdf(x, alpha, beta); }
 double Weibull::evalInverseCDF(double p) { return weibull_inverse_cdf(p, alpha, beta); }
-double Weibull::evalCCDF(double x) { return weibull_ccdf(x, alpha, beta); }
 
 std::string Weibull::toString(format f) {
     std::string a = formatNumber(alpha, true), b = formatNumber(beta, true);
     return layoutText(f, type, "weibulldist", {{"alpha", a}, {"beta", b}}, {{"shape", a}, {"scale", b}});
+}
+
+Dist* Weibull::fromConfig(Config* c) {
+    return new Weibull(keyDouble(c, "alpha", 1), keyDouble(c, "beta", 1));
+}
+
+Dist* Weibull::fromXML(XMLElement* family) {
+    return new Weibull(tagDouble(family, "shape", 1), tagDouble(family, "scale", 1));
 }
 
 DistStats Weibull::getProperties(unsigned n) { return weibull_stats(alpha, beta, n); }
@@ -81,7 +81,7 @@ DistStats Weibull::weibull_stats(double alpha, double beta, unsigned n) {
     DistStats stats;
     stats.mean = beta * g1;
     stats.variance = beta * beta * (gamma_function(2 / alpha + 1) - g1 * g1);
-    stats.cv = std::sqrt(stats.variance) / stats.mean;
+    stats.cv = stats.sdOverMean();
     for (unsigned k = 1; k <= n; k++)
         stats.moments.push_back(std::pow(beta, static_cast<double>(k)) * gamma_function(k / alpha + 1));
     return stats;

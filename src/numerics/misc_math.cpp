@@ -1,7 +1,7 @@
 // Elementary scalar functions: rounding to decimals, the factorial in 32-bit
 // unsigned arithmetic, and the gamma function as exact values at integers and
 // half-integers (Gamma(n + 1/2) = (2n)! sqrt(pi) / (n! 4^n)) with Stirling's
-// first term elsewhere; the beta function through it.
+// first term elsewhere; the beta function through it; the Poisson partial sum.
 #include "numerics/misc_math.h"
 
 #include <cmath>
@@ -41,5 +41,11 @@ double gamma_function(double x) {
 }
 
 double beta_function(double a, double b) { return gamma_function(a) * gamma_function(b) / gamma_function(a + b); }
+
+double poisson_partial_sum(double x, unsigned k) {
+    double sum = 0;
+    for (unsigned n = 0; n < k; n++) sum += std::pow(x, static_cast<double>(n)) / static_cast<double>(fac(n));
+    return sum;
+}
 
 }  // namespace velmora

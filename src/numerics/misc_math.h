@@ -1,6 +1,6 @@
 // Elementary scalar functions: rounding to decimals, the factorial in 32-bit
-// unsigned arithmetic, and the gamma and beta functions in the forms on which
-// the moment formulas of the models rest. Their limits are deliberate: fac
+// unsigned arithmetic, the gamma and beta functions in the forms on which
+// the moment formulas of the models rest, and the Poisson partial sum. Their limits are deliberate: fac
 // wraps beyond 12!, and gamma_function is exact only at integers and
 // half-integers, Stirling's first term elsewhere.
 #ifndef VELMORA_NUMERICS_MISC_MATH_H
@@ -27,6 +27,11 @@ double gamma_function(double x);
 
 // B(a, b) = gamma_function(a) gamma_function(b) / gamma_function(a + b).
 double beta_function(double a, double b);
+
+// The Poisson partial sum sum_{n < k} x^n / n!, on which the Erlang
+// distribution function 1 - e^(-rx) S(rx, k) rests. The terms pow(x, n) / fac(n)
+// are added in order of n, so the sum inherits the 32-bit range of fac.
+double poisson_partial_sum(double x, unsigned k);
 
 }  // namespace velmora
 

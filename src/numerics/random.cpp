@@ -11,7 +11,6 @@
 #include <cstdio>
 
 #include "core/libvelmora_settings.h"
-#include "distributions/dist_hypererlang.h"
 
 namespace velmora {
 
@@ -165,9 +164,20 @@ double Rand::hypo_exponential(const std::vector<double>& rates) {
     return sum;
 }
 
+bool hyper_erlang_params_valid(const std::vector<unsigned>& orders, const std::vector<double>& rates,
+                               const std::vector<double>& probabilities) {
+    if (orders.size() != rates.size() || rates.size() != probabilities.size()) return false;
+    double sum = 0;
+    for (size_t i = 0; i < rates.size(); i++) {
+        if (rates[i] < 0 || probabilities[i] < 0) return false;
+        sum += probabilities[i];
+    }
+    return std::fabs(sum - 1) <= 0.00001;
+}
+
 double Rand::hyper_erlang(const std::vector<unsigned>& orders, const std::vector<double>& rates,
                           const std::vector<double>& probabilities) {
-    if (!HyperErlang::hyper_erlang_check_params(orders, rates, probabilities))
+    if (!hyper_erlang_params_valid(orders, rates, probabilities))
         fail(__LINE__, "Invalid parameters for Hyper-Erlang distribution.");
     const double r = uniform(0.0, 1.0);
     size_t branch = 0;

@@ -173,6 +173,11 @@ inline double Rand::normal(double mu, double sigma) {
     return sigma * z + mu;
 }
 
+// The parameters of a hyper-Erlang mixture: equal lengths, no negative rate
+// or probability, and probabilities summing to 1 within 0.00001.
+bool hyper_erlang_params_valid(const std::vector<unsigned>& orders, const std::vector<double>& rates,
+                               const std::vector<double>& probabilities);
+
 }  // namespace velmora
 
 #endif

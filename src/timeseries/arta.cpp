@@ -12,6 +12,7 @@
 #include "core/misc_string.h"
 #include "distributions/dist.h"
 #include "distributions/dist_load.h"
+#include "distributions/dist_normal.h"
 #include "numerics/matrix.h"
 #include "timeseries/arima.h"
 

@@ -4,6 +4,7 @@
 
 #include "config/conf.h"
 #include "distributions/dist.h"
+#include "distributions/dist_hypererlang.h"
 #include "distributions/dist_load.h"
 #include "support/test_support.h"
 

@@ -3,6 +3,22 @@
 // seeding, copies and the log-likelihood of a trace.
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_beta.h"
+#include "distributions/dist_chisquare.h"
+#include "distributions/dist_deterministic.h"
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_hypererlang.h"
+#include "distributions/dist_hyperexponential.h"
+#include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_pearsonv.h"
+#include "distributions/dist_pearsonvi.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_uniform.h"
+#include "distributions/dist_weibull.h"
 #include "traces/trace.h"
 
 using namespace velmora;

@@ -4,6 +4,23 @@
 // function where it is Stirling's approximation rather than exact.
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_beta.h"
+#include "distributions/dist_chisquare.h"
+#include "distributions/dist_deterministic.h"
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_hypererlang.h"
+#include "distributions/dist_hyperexponential.h"
+#include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_pearsonv.h"
+#include "distributions/dist_pearsonvi.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_uniform.h"
+#include "distributions/dist_weibull.h"
+#include "numerics/misc_math.h"
 
 using namespace velmora;
 
@@ -98,6 +115,20 @@ TEST(DistFamilies, ClosedFormsAgreeWithScipyAtTheEndsAndOutsideTheSupport) {
         {"hyperexp ccdf below 0", HyperExponential::hyper_exponential_ccdf(-1, {1, 2}, {0.5, 0.5}), 1, 0},
         {"hypoexp pdf below 0", HypoExponential::hypo_exponential_pdf(-1, {1, 2}), 0, 0},
         {"hypererlang ccdf below 0", mix.evalCCDF(-1), 1, 0}, {"hypererlang pdf at 0", mix.evalPDF(0), 2.5, 1e-15},
+    };
+    for (const auto& c : cases) EXPECT_NEAR(c.value, c.expected, c.tolerance) << c.what;
+}
+
+// The sum under the Erlang and hyper-Erlang distribution functions:
+// e^(-x) S(x, k) is the Poisson probability P(N < k) of mean x, here to 40
+// digits from exact rational sums.
+TEST(PoissonPartialSum, TimesEToTheMinusXIsThePoissonDistributionFunction) {
+    const disttest::Near cases[] = {
+        {"no terms", poisson_partial_sum(2, 0), 0, 0},
+        {"x = 0 keeps the term 0^0 = 1", poisson_partial_sum(0, 3), 1, 0},
+        {"1 + 2 + 2", poisson_partial_sum(2, 3), 5, 0},
+        {"P(N < 5), mean 2.5", std::exp(-2.5) * poisson_partial_sum(2.5, 5), 0.8911780189141512, 1e-15},
+        {"P(N < 12), mean 7", std::exp(-7.0) * poisson_partial_sum(7, 12), 0.9466503768484414, 1e-15},
     };
     for (const auto& c : cases) EXPECT_NEAR(c.value, c.expected, c.tolerance) << c.what;
 }

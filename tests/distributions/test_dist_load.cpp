@@ -4,7 +4,15 @@
 #include "config/conf.h"
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_chisquare.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_hypererlang.h"
+#include "distributions/dist_hyperexponential.h"
+#include "distributions/dist_hypoexponential.h"
 #include "distributions/dist_load.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_uniform.h"
 
 using namespace velmora;
 using namespace disttest;

@@ -3,6 +3,10 @@
 // tolerances, and branch order.
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_hypererlang.h"
+#include "distributions/dist_hyperexponential.h"
+#include "distributions/dist_hypoexponential.h"
 #include "markov/cph.h"
 
 using namespace velmora;

@@ -3,7 +3,12 @@
 #include "config/conf.h"
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_beta.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_normal.h"
 #include "distributions/dist_process.h"
+#include "numerics/matrix.h"
 
 using namespace velmora;
 using namespace disttest;

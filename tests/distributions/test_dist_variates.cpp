@@ -4,6 +4,20 @@
 // draw order of Rand::hyper_erlang.
 #include "dist_helpers.h"
 #include "distributions/dist.h"
+#include "distributions/dist_beta.h"
+#include "distributions/dist_chisquare.h"
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_hypererlang.h"
+#include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_pearsonv.h"
+#include "distributions/dist_pearsonvi.h"
+#include "distributions/dist_triangular.h"
+#include "distributions/dist_uniform.h"
+#include "distributions/dist_weibull.h"
 #include "numerics/random.h"
 
 using namespace velmora;
