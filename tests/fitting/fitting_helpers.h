@@ -1,24 +1,13 @@
-// Helpers shared by the fitting tests: the failure an action raises, and
-// autocorrelations of ARMA models from their closed forms.
+// Autocorrelations of ARMA models from their closed forms, for the fitting tests.
 #pragma once
 
-#include <functional>
-#include <string>
 #include <vector>
 
-#include "core/libvelmora_settings.h"
+#include "support/test_support.h"
 
 namespace fitting_test {
 
-// "<source>: <message>" of the Exception that f raises.
-inline std::string failureOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (velmora::Exception& e) {
-        return e.file + ": " + e.message;
-    }
-    return "no failure";
-}
+using velmora_test::failureOf;
 
 // rho(1) .. rho(lags) from rho(1) and the Yule-Walker recursion
 // rho(k) = phi_1 rho(k-1) + phi_2 rho(k-2), which holds beyond lag q for

@@ -8,10 +8,10 @@
 
 #include "numerics/matrix.h"
 #include "numerics/misc_optim.h"
-#include "numerics_helpers.h"
+#include "support/test_support.h"
 
 using namespace velmora;
-using numerics_test::failureOf;
+using velmora_test::failureOf;
 
 namespace {
 
