@@ -47,8 +47,7 @@ TEST(MTRand, RandOfTheExtremeWordsIsExactlyZeroOrOne) {
     struct NextWordProbe : MTRand {
         explicit NextWordProbe(std::uint32_t untempered) : MTRand(1UL) {
             state[N - 1] = untempered;
-            pNext = state + N - 1;
-            left = 1;
+            next = N - 1;
         }
     };
     NextWordProbe ones(0x12DD9BB3U), zero(0U);
