@@ -6,13 +6,6 @@ namespace velmora {
 
 Process::Process() : type(PROCESS_XML), typeName(), rngInitialized(false) {}
 
-Process::Process(const Process& other)
-    : type(other.type), typeName(other.typeName), rngInitialized(other.rngInitialized) {}
-
-Process& Process::operator=(const Process& other) = default;
-
-Process::~Process() = default;
-
 process_type Process::getProcessType() { return type; }
 
 std::string Process::getProcessTypeString() { return typeName; }
