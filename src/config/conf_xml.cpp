@@ -1,9 +1,11 @@
 // The XML reader: elements and text only, found by repeated string search.
 // The end of an element is found by counting opening and closing tags of the
 // same name; other tags are not looked at until their content is split.
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
@@ -59,37 +61,39 @@ XMLElement* parseInto(std::string text, XMLElement* parent, unsigned depth) {
 
 XMLElement::XMLElement(std::string tag, std::string value) : tag(std::move(tag)), value(std::move(value)) {}
 
-XMLElement::~XMLElement() {
-    for (XMLElement* child : children) delete child;
-}
-
 void XMLElement::setTag(std::string newTag) { tag = newTag; }
 std::string XMLElement::getTag() { return tag; }
 void XMLElement::setValue(std::string newValue) { value = newValue; }
 std::string XMLElement::getValue() { return value; }
-std::vector<XMLElement*> XMLElement::getChildElements() { return children; }
+std::vector<XMLElement*> XMLElement::getChildElements() {
+    std::vector<XMLElement*> elements;
+    elements.reserve(children.size());
+    for (const auto& child : children) elements.push_back(child.get());
+    return elements;
+}
 
 XMLElement* XMLElement::getChildElement(std::string childTag) {
-    for (XMLElement* child : children)
-        if (child->tag == childTag) return child;
+    for (const auto& child : children)
+        if (child->tag == childTag) return child.get();
     return nullptr;
 }
 
-void XMLElement::addChildElement(XMLElement* child) { children.push_back(child); }
+void XMLElement::addChildElement(XMLElement* child) {
+    std::unique_ptr<XMLElement> owned(child);
+    children.push_back(std::move(owned));
+}
 
-XMLConfig::XMLConfig(std::string file) : root(nullptr) {
+XMLConfig::XMLConfig(std::string file) {
     std::ifstream in(file.c_str());
     if (!in.is_open()) throw Exception("conf", __LINE__, "Cannot open file.");
     // Lines are joined with nothing between them.
     std::string text;
     std::string line;
     while (std::getline(in, line)) text += line;
-    root = parseXML(text, nullptr);
+    root.reset(parseXML(text, nullptr));
 }
 
-XMLConfig::~XMLConfig() { delete root; }
-
-XMLElement* XMLConfig::getDocumentRoot() { return root; }
+XMLElement* XMLConfig::getDocumentRoot() { return root.get(); }
 
 XMLElement* XMLConfig::parseXML(std::string text, XMLElement* parent) { return parseInto(text, parent, 0); }
 
