@@ -4,6 +4,7 @@
 #define VELMORA_CONFIG_CONF_H
 
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,7 +41,6 @@ private:
 class XMLElement {
 public:
     XMLElement(std::string tag, std::string value);
-    ~XMLElement();
     XMLElement(const XMLElement&) = delete;
     XMLElement& operator=(const XMLElement&) = delete;
 
@@ -54,7 +54,7 @@ public:
 
 private:
     std::string tag;
-    std::vector<XMLElement*> children;
+    std::vector<std::unique_ptr<XMLElement>> children;
     std::string value;
 };
 
@@ -63,7 +63,6 @@ private:
 class XMLConfig {
 public:
     explicit XMLConfig(std::string file);
-    ~XMLConfig();
     XMLConfig(const XMLConfig&) = delete;
     XMLConfig& operator=(const XMLConfig&) = delete;
 
@@ -73,7 +72,7 @@ public:
     static std::vector<std::pair<std::string, std::string>> splitXML(std::string text);
 
 private:
-    XMLElement* root;
+    std::unique_ptr<XMLElement> root;
 };
 
 }  // namespace velmora

@@ -1,9 +1,11 @@
 // The XML reader: elements and text only, found by repeated string search.
 // The end of an element is found by counting opening and closing tags of the
 // same name; other tags are not looked at until their content is split.
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
@@ -34,6 +36,59 @@ std::string::size_type findBefore(const std::string& text, const std::string& pa
     return window.find(pattern, from);
 }
 
+// The part of the text not yet split, [begin, end). The trailing blanks are
+// cut once, at the first step past a tag; the leading blanks at every step.
+struct Rest {
+    std::string::size_type begin;
+    std::string::size_type end;
+    bool trimmed;
+};
+
+void skipPast(const std::string& text, std::string::size_type from, Rest& rest) {
+    if (!rest.trimmed) {
+        while (rest.end > from && text[rest.end - 1] == ' ') --rest.end;
+        rest.trimmed = true;
+    }
+    rest.begin = skipBlanks(text, from, rest.end);
+    if (rest.begin > rest.end) rest.begin = rest.end;
+}
+
+// The position of the closing tag that ends the element whose content starts
+// at `from`: each opening tag of the same name found before the closing tag
+// in view calls for one more closing tag.
+std::string::size_type findMatchingClose(const std::string& text, const std::string& openTag,
+                                         const std::string& closeTag, std::string::size_type from) {
+    std::string::size_type close = text.find(closeTag, from);
+    if (close == std::string::npos) throw parseError(__LINE__);
+    std::string::size_type openFrom = from;  // no opening tag starts in [from, openFrom)
+    unsigned long depth = 1;
+    while (true) {
+        std::string::size_type open = findBefore(text, openTag, openFrom, close);
+        while (open != std::string::npos) {
+            ++depth;
+            openFrom = open + 1;
+            open = findBefore(text, openTag, openFrom, close);
+        }
+        --depth;
+        if (depth == 0) return close;
+        openFrom = std::max(openFrom, close);
+        close = text.find(closeTag, close + 1);
+        if (close == std::string::npos) throw parseError(__LINE__);
+    }
+}
+
+// Splits off the element whose opening tag spans [lt, gt] as (tag, trimmed
+// content) and returns the position just past its closing tag.
+std::string::size_type splitElement(const std::string& text, std::string::size_type lt, std::string::size_type gt,
+                                    std::vector<std::pair<std::string, std::string>>& parts) {
+    std::string tag = trimString(text.substr(lt + 1, gt - lt - 1));
+    const std::string openTag = "<" + tag + ">";
+    const std::string closeTag = "</" + tag + ">";
+    const std::string::size_type close = findMatchingClose(text, openTag, closeTag, gt + 1);
+    parts.emplace_back(std::move(tag), trimString(text.substr(gt + 1, close - gt - 1)));
+    return close + closeTag.size();
+}
+
 XMLElement* parseInto(std::string text, XMLElement* parent, unsigned depth) {
     if (depth > kMaxDepth) throw parseError(__LINE__);
     std::vector<std::pair<std::string, std::string>> parts = XMLConfig::splitXML(text);
@@ -59,93 +114,61 @@ XMLElement* parseInto(std::string text, XMLElement* parent, unsigned depth) {
 
 XMLElement::XMLElement(std::string tag, std::string value) : tag(std::move(tag)), value(std::move(value)) {}
 
-XMLElement::~XMLElement() {
-    for (XMLElement* child : children) delete child;
-}
-
 void XMLElement::setTag(std::string newTag) { tag = newTag; }
 std::string XMLElement::getTag() { return tag; }
 void XMLElement::setValue(std::string newValue) { value = newValue; }
 std::string XMLElement::getValue() { return value; }
-std::vector<XMLElement*> XMLElement::getChildElements() { return children; }
+std::vector<XMLElement*> XMLElement::getChildElements() {
+    std::vector<XMLElement*> elements;
+    elements.reserve(children.size());
+    for (const auto& child : children) elements.push_back(child.get());
+    return elements;
+}
 
 XMLElement* XMLElement::getChildElement(std::string childTag) {
-    for (XMLElement* child : children)
-        if (child->tag == childTag) return child;
+    for (const auto& child : children)
+        if (child->tag == childTag) return child.get();
     return nullptr;
 }
 
-void XMLElement::addChildElement(XMLElement* child) { children.push_back(child); }
+void XMLElement::addChildElement(XMLElement* child) {
+    std::unique_ptr<XMLElement> owned(child);
+    children.push_back(std::move(owned));
+}
 
-XMLConfig::XMLConfig(std::string file) : root(nullptr) {
+XMLConfig::XMLConfig(std::string file) {
     std::ifstream in(file.c_str());
     if (!in.is_open()) throw Exception("conf", __LINE__, "Cannot open file.");
     // Lines are joined with nothing between them.
     std::string text;
     std::string line;
     while (std::getline(in, line)) text += line;
-    root = parseXML(text, nullptr);
+    root.reset(parseXML(text, nullptr));
 }
 
-XMLConfig::~XMLConfig() { delete root; }
-
-XMLElement* XMLConfig::getDocumentRoot() { return root; }
+XMLElement* XMLConfig::getDocumentRoot() { return root.get(); }
 
 XMLElement* XMLConfig::parseXML(std::string text, XMLElement* parent) { return parseInto(text, parent, 0); }
 
 std::vector<std::pair<std::string, std::string>> XMLConfig::splitXML(std::string text) {
     std::vector<std::pair<std::string, std::string>> parts;
     // The rest of the text is [begin, end); it is walked by position, not copied.
-    std::string::size_type begin = 0;
-    std::string::size_type end = text.size();
-    bool trimmed = false;
-    auto trimRest = [&](std::string::size_type from) {
-        if (!trimmed) {
-            while (end > from && text[end - 1] == ' ') --end;
-            trimmed = true;
-        }
-        begin = skipBlanks(text, from, end);
-        if (begin > end) begin = end;
-    };
-
+    Rest rest{0, text.size(), false};
     while (true) {
-        std::string::size_type lt = text.find('<', begin);
-        if (lt == std::string::npos || lt >= end) {
-            parts.emplace_back(std::string(), text.substr(begin, end - begin));
+        std::string::size_type lt = text.find('<', rest.begin);
+        if (lt == std::string::npos || lt >= rest.end) {
+            parts.emplace_back(std::string(), text.substr(rest.begin, rest.end - rest.begin));
             break;
         }
-        std::string::size_type gt = text.find('>', begin);
-        if (gt == std::string::npos || gt >= end || !(lt + 1 < gt)) throw parseError(__LINE__);
+        std::string::size_type gt = text.find('>', rest.begin);
+        if (gt == std::string::npos || gt >= rest.end || !(lt + 1 < gt)) throw parseError(__LINE__);
 
-        char marker = text[lt + 1];
-        if (marker == '?' || marker == '!') {
-            trimRest(gt + 1);
-        } else {
-            std::string tag = trimString(text.substr(lt + 1, gt - lt - 1));
-            std::string openTag = "<" + tag + ">";
-            std::string closeTag = "</" + tag + ">";
-
-            std::string::size_type close = text.find(closeTag, gt + 1);
-            if (close == std::string::npos) throw parseError(__LINE__);
-            std::string::size_type openFrom = gt + 1;  // no opening tag starts in [gt + 1, openFrom)
-            unsigned long depth = 1;
-            while (true) {
-                std::string::size_type open = findBefore(text, openTag, openFrom, close);
-                while (open != std::string::npos) {
-                    ++depth;
-                    openFrom = open + 1;
-                    open = findBefore(text, openTag, openFrom, close);
-                }
-                --depth;
-                if (depth == 0) break;
-                openFrom = std::max(openFrom, close);
-                close = text.find(closeTag, close + 1);
-                if (close == std::string::npos) throw parseError(__LINE__);
-            }
-            parts.emplace_back(tag, trimString(text.substr(gt + 1, close - gt - 1)));
-            trimRest(close + closeTag.size());
-        }
-        if (begin >= end) break;
+        const char marker = text[lt + 1];
+        if (marker == '?' || marker == '!')
+            skipPast(text, gt + 1, rest);  // a declaration or comment is dropped
+        else
+            skipPast(text, splitElement(text, lt, gt, parts), rest);
+        if (rest.begin >= rest.end) break;
     }
     return parts;
 }

@@ -2,15 +2,12 @@
 
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 namespace velmora {
 
 Exception::Exception(std::string file, int line, std::string message)
     : message(std::move(message)), line(line), file(std::move(file)) {}
-
-Exception::Exception(const Exception& other) = default;
-
-Exception::~Exception() = default;
 
 std::string Exception::toString() {
     std::ostringstream out;

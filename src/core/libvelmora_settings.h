@@ -12,8 +12,6 @@ namespace velmora {
 class Exception {
 public:
     Exception(std::string file, int line, std::string message);
-    Exception(const Exception& other);
-    ~Exception();
 
     // "Error in: <file>, line <line>: <message>\n", or "Error: <message>\n"
     // when the file name is empty.

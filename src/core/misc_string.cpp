@@ -11,20 +11,23 @@ template unsigned min<unsigned>(unsigned, unsigned);
 template double max<double>(double, double);
 template unsigned max<unsigned>(unsigned, unsigned);
 
-double toDouble(std::string text) {
+namespace {
+
+// The number at the start of the text by stream extraction, which stores the
+// nearest bound on overflow and 0 when nothing is read.
+template <typename T>
+T leadingNumber(const std::string& text) {
     std::istringstream in(text);
-    double value = 0.0;
+    T value = 0;
     in >> value;
     return value;
 }
 
-int toInt(std::string text) {
-    std::istringstream in(text);
-    int value = 0;
-    // Extraction stores the nearest bound on overflow and 0 when nothing is read.
-    in >> value;
-    return value;
-}
+}  // namespace
+
+double toDouble(std::string text) { return leadingNumber<double>(text); }
+
+int toInt(std::string text) { return leadingNumber<int>(text); }
 
 std::string toString(char* text) { return std::string(text); }
 

@@ -41,9 +41,9 @@ struct Distribution {
 class Process {
 public:
     Process();
-    Process(const Process& other);
-    Process& operator=(const Process& other);
-    virtual ~Process();
+    Process(const Process& other) = default;
+    Process& operator=(const Process& other) = default;
+    virtual ~Process() = default;
 
     virtual std::string getProcessDescription() = 0;
     virtual void load(std::string file, format f) = 0;

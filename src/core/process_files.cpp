@@ -2,7 +2,24 @@
 
 #include <fstream>
 
+#include "config/conf.h"
+#include "core/libvelmora_settings.h"
+
 namespace velmora {
+
+void readProcessFile(const std::string& file, format f, const char* module, const char* unsupportedFormat,
+                     const std::function<void(Config*)>& fromConfig,
+                     const std::function<void(XMLConfig*)>& fromDocument) {
+    if (f == FORMAT_CONFIG) {
+        Config config(file);
+        fromConfig(&config);
+    } else if (f == FORMAT_XML) {
+        XMLConfig document(file);
+        fromDocument(&document);
+    } else {
+        throw Exception(module, __LINE__, unsupportedFormat);
+    }
+}
 
 void saveProcessFile(Process& process, const std::string& file, format f, const char* module) {
     std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);

@@ -6,26 +6,25 @@
 #ifndef VELMORA_CORE_PROCESS_FILES_H
 #define VELMORA_CORE_PROCESS_FILES_H
 
+#include <functional>
 #include <string>
 
-#include "config/conf.h"
-#include "core/libvelmora_settings.h"
 #include "core/process.h"
 
 namespace velmora {
 
+// The reading behind loadProcessFile, with the two readers passed in, so that
+// this header needs no definition of Config or XMLConfig.
+void readProcessFile(const std::string& file, format f, const char* module, const char* unsupportedFormat,
+                     const std::function<void(Config*)>& fromConfig,
+                     const std::function<void(XMLConfig*)>& fromDocument);
+
 template <class Model>
 void loadProcessFile(Model& model, const std::string& file, format f, const char* module,
                      const char* unsupportedFormat) {
-    if (f == FORMAT_CONFIG) {
-        Config config(file);
-        model.load(&config);
-    } else if (f == FORMAT_XML) {
-        XMLConfig document(file);
-        model.load(&document);
-    } else {
-        throw Exception(module, __LINE__, unsupportedFormat);
-    }
+    readProcessFile(
+        file, f, module, unsupportedFormat, [&model](Config* config) { model.load(config); },
+        [&model](XMLConfig* document) { model.load(document); });
 }
 
 // The format is checked by the model's toString, after the file has been

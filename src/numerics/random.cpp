@@ -6,6 +6,7 @@
 // types V and VI through gamma, triangular by inversion, and geometric by
 // counting trials.
 #include "numerics/random.h"
+#include "numerics/misc_util.h"
 
 #include <cfloat>
 #include <cstdio>
@@ -19,18 +20,6 @@ std::uint32_t MTRand::differ = 0;
 MTRand::MTRand(const unsigned long& oneSeed) { seed(oneSeed); }
 
 MTRand::MTRand() { seed(); }
-
-MTRand::MTRand(const MTRand& other) { *this = other; }
-
-MTRand& MTRand::operator=(const MTRand& other) {
-    if (this != &other) {
-        for (int i = 0; i < N; ++i) state[i] = other.state[i];
-        left = other.left;
-    }
-    // pNext points into the object's own state.
-    pNext = state + (other.pNext - other.state);
-    return *this;
-}
 
 void MTRand::seed(unsigned long oneSeed) {
     initialize(static_cast<std::uint32_t>(oneSeed));
@@ -97,8 +86,7 @@ void MTRand::reload() {
     for (int i = N - M; i--; ++p) *p = twist(p[M], p[0], p[1]);
     for (int i = M; --i; ++p) *p = twist(p[M - N], p[0], p[1]);
     *p = twist(p[M - N], p[0], state[0]);
-    left = N;
-    pNext = state;
+    next = 0;
 }
 
 std::uint32_t MTRand::hash(std::time_t t, std::clock_t c) {
@@ -112,23 +100,11 @@ std::uint32_t MTRand::hash(std::time_t t, std::clock_t c) {
     return (h1 + differ++) ^ h2;
 }
 
-Rand::Rand() : generator(new MTRand()), spareNormal(0.0), hasSpareNormal(false) {}
+Rand::Rand() : generator(), spareNormal(0.0), hasSpareNormal(false) {}
 
-Rand::Rand(unsigned long seed) : generator(new MTRand(seed)), spareNormal(0.0), hasSpareNormal(false) {}
+Rand::Rand(unsigned long seed) : generator(seed), spareNormal(0.0), hasSpareNormal(false) {}
 
-Rand::Rand(const Rand& other)
-    : generator(new MTRand(*other.generator)), spareNormal(other.spareNormal), hasSpareNormal(other.hasSpareNormal) {}
-
-Rand& Rand::operator=(const Rand& other) {
-    *generator = *other.generator;
-    spareNormal = other.spareNormal;
-    hasSpareNormal = other.hasSpareNormal;
-    return *this;
-}
-
-Rand::~Rand() { delete generator; }
-
-void Rand::setSeed(unsigned long seed) { generator->seed(seed); }
+void Rand::setSeed(unsigned long seed) { generator.seed(seed); }
 
 void Rand::fail(int line, const char* message) { throw Exception("random", line, message); }
 
@@ -180,15 +156,8 @@ double Rand::hyper_erlang(const std::vector<unsigned>& orders, const std::vector
     if (!hyper_erlang_params_valid(orders, rates, probabilities))
         fail(__LINE__, "Invalid parameters for Hyper-Erlang distribution.");
     const double r = uniform(0.0, 1.0);
-    size_t branch = 0;
-    double sum = 0.0;
-    for (size_t i = 0; i < probabilities.size(); ++i) {
-        if (probabilities[i] + sum >= r) {
-            branch = i;
-            break;
-        }
-        sum += probabilities[i];
-    }
+    size_t branch = first_index_reaching(probabilities.data(), probabilities.size(), r);
+    if (branch == probabilities.size()) branch = 0;
     return erlang(orders[branch], rates[branch]);
 }
 

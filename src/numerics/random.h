@@ -29,8 +29,6 @@ public:
     MTRand(const unsigned long& oneSeed);
     // Seeds from the system (see seed()).
     MTRand();
-    MTRand(const MTRand& other);
-    MTRand& operator=(const MTRand& other);
 
     // randInt() / (2^32 - 1): a number in the closed interval [0, 1].
     double rand() { return static_cast<double>(randInt()) * 2.3283064370807974e-10; }
@@ -60,17 +58,17 @@ protected:
         return m ^ (mixBits(s0, s1) >> 1) ^ (loBit(s1) ? 0x9908B0DFU : 0U);
     }
 
+    // The next word is state[next]; next == N calls for a reload. An index
+    // rather than a pointer into state keeps the default copy right.
     std::uint32_t state[N];
-    std::uint32_t* pNext;
-    int left;
+    unsigned next;
 
     static std::uint32_t differ;
 };
 
 inline unsigned long MTRand::randInt() {
-    if (left == 0) reload();
-    --left;
-    std::uint32_t s = *pNext++;
+    if (next == N) reload();
+    std::uint32_t s = state[next++];
     s ^= s >> 11;
     s ^= (s << 7) & 0x9D2C5680U;
     s ^= (s << 15) & 0xEFC60000U;
@@ -85,14 +83,11 @@ public:
     // A generator seeded from the system: two such objects differ.
     Rand();
     explicit Rand(unsigned long seed);
-    Rand(const Rand& other);
-    Rand& operator=(const Rand& other);
-    ~Rand();
 
     // Restarts the uniform stream; a waiting spare normal value stays.
     void setSeed(unsigned long seed);
     // One uniform number of [0, 1].
-    double drawRandomNumber() { return generator->rand(); }
+    double drawRandomNumber() { return generator.rand(); }
 
     double uniform(double a, double b);
     double exponential(double rate);
@@ -133,7 +128,7 @@ private:
         return u == 0.0 ? 2.3283064370807974e-10 : u;
     }
 
-    MTRand* generator;
+    MTRand generator;
     double spareNormal;
     bool hasSpareNormal;
 };

@@ -37,8 +37,7 @@ TEST(MTRand, RandOfTheExtremeWordsIsExactlyZeroOrOne) {
     struct NextWordProbe : MTRand {  // its next word is the given state word, tempered
         explicit NextWordProbe(std::uint32_t untempered) : MTRand(1UL) {
             state[N - 1] = untempered;
-            pNext = state + N - 1;
-            left = 1;
+            next = N - 1;
         }
     };
     EXPECT_EQ(NextWordProbe(0x12DD9BB3U).rand(), 1.0);
