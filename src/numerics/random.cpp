@@ -6,12 +6,12 @@
 // types V and VI through gamma, triangular by inversion, and geometric by
 // counting trials.
 #include "numerics/random.h"
-#include "numerics/misc_util.h"
 
 #include <cfloat>
 #include <cstdio>
 
 #include "core/libvelmora_settings.h"
+#include "numerics/misc_util.h"
 
 namespace velmora {
 
