@@ -3,6 +3,7 @@
 #ifndef VELMORA_CORE_PROCESS_H
 #define VELMORA_CORE_PROCESS_H
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -67,6 +68,9 @@ public:
 
     // Seeds the process, then draws values until the stop criterion holds:
     // 1 by count, 2 by sum, 0 by both; any other value gives an empty trace.
+    // The trace grows at most to simulation_value_limit() values: a count
+    // above it is refused before anything is drawn, and a run by sum that
+    // reaches it ends with an Exception naming the budget.
     Trace* simulate(int stop, unsigned observations, double time, unsigned seed);
 
 protected:
@@ -80,6 +84,18 @@ protected:
 // longer moves x: one point for lower = upper, and no endless walk for a step
 // lost in rounding or an infinite bound; a NaN bound gives empty curves.
 Distribution tabulate_distribution(Process& process, double lower, double upper, double step);
+
+// The memory that the values of one trace built by simulate may take. By
+// default an eighth of the memory the system gives the program (the physical
+// memory, or a smaller control-group limit): a vector that grows by doubling
+// holds up to three times its values for a moment, and the caller's
+// statistics need room as well. set_simulation_memory_budget(0) restores the
+// default.
+std::size_t simulation_memory_budget();
+void set_simulation_memory_budget(std::size_t bytes);
+// The number of values that fit into the budget, never more than the largest
+// count a trace can index.
+unsigned simulation_value_limit();
 
 Process* load_process(Config* config);
 Process* load_process(XMLConfig* document);

@@ -1,6 +1,12 @@
 // The one generation loop of all processes: seed, then draw values into a new
-// trace until the stop criterion holds.
+// trace until the stop criterion holds, within a memory budget.
+#include <unistd.h>
+
+#include <cstdint>
+#include <fstream>
+#include <limits>
 #include <memory>
+#include <string>
 
 #include "core/libvelmora_settings.h"
 #include "core/process.h"
@@ -8,30 +14,71 @@
 
 namespace velmora {
 
+namespace {
+
+std::size_t budgetOverride = 0;
+
+// The memory the system gives the program: the physical memory, or the limit
+// of its control group (version 2 or 1) where that is smaller.
+std::uint64_t availableMemory() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGE_SIZE);
+    std::uint64_t memory = (pages > 0 && pageSize > 0) ? static_cast<std::uint64_t>(pages) * pageSize
+                                                        : (std::uint64_t(1) << 30);  // unknown: 1 GiB
+    for (const char* limitFile : {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory/memory.limit_in_bytes"}) {
+        std::ifstream in(limitFile);
+        std::uint64_t limit = 0;
+        // "max" (no limit) does not read as a number.
+        if (in >> limit && limit > 0 && limit < memory) memory = limit;
+    }
+    return memory;
+}
+
+std::string budgetText() {
+    const std::size_t budget = simulation_memory_budget();
+    return std::to_string(budget / (1024 * 1024)) + " MiB (" + std::to_string(simulation_value_limit()) + " values)";
+}
+
+}  // namespace
+
+std::size_t simulation_memory_budget() {
+    if (budgetOverride != 0) return budgetOverride;
+    static const std::size_t standard = static_cast<std::size_t>(availableMemory() / 8);
+    return standard;
+}
+
+void set_simulation_memory_budget(std::size_t bytes) { budgetOverride = bytes; }
+
+unsigned simulation_value_limit() {
+    const std::size_t values = simulation_memory_budget() / sizeof(double);
+    const std::size_t largest = std::numeric_limits<unsigned>::max();
+    return static_cast<unsigned>(values < largest ? values : largest);
+}
+
 Trace* Process::simulate(int stop, unsigned observations, double time, unsigned seed) {
+    const unsigned limit = simulation_value_limit();
+    const bool byCount = stop == 0 || stop == 1;
+    const bool bySum = stop == 0 || stop == 2;
+    if (byCount && observations > limit)
+        throw Exception("process", __LINE__, "The number of observations exceeds the memory budget of " +
+                                                 budgetText() + ".");
     initRandomNumberGeneration(seed);
     // Held until the end, so that a failure while drawing frees what was built.
     std::unique_ptr<Trace> trace(new Trace());
     unsigned count = 0;
     double sum = 0.0;
     // Stop 1 counts, stop 2 sums, stop 0 needs both; the strict comparison
-    // makes a sum equal to `time` end the time test.
-    // A run by time whose sum has not grown over a whole check period can not
-    // be expected to reach the limit (values of zero, or drifting downwards):
-    // it is refused instead of running for ever.
-    const unsigned checkPeriod = 10000000;
-    double sumAtLastCheck = 0.0;
-    while (((stop == 0 || stop == 1) && count < observations) || ((stop == 0 || stop == 2) && time > sum)) {
+    // makes a sum equal to `time` end the time test. A run by sum whose values
+    // never reach the time (zeros, a downward drift) ends at the budget, and
+    // the count, bounded by the limit, never wraps.
+    while ((byCount && count < observations) || (bySum && time > sum)) {
+        if (count == limit)
+            throw Exception("process", __LINE__, "The generated values exceed the memory budget of " +
+                                                     budgetText() + " before reaching the time limit.");
         double x = getNextRandomVariate();
         trace->appendElement(x);
         ++count;
         sum += x;
-        bool onlyTimeGoesOn = (stop == 2 || (stop == 0 && count >= observations)) && time > sum;
-        if (count % checkPeriod == 0 && onlyTimeGoesOn) {
-            if (!(sum > sumAtLastCheck))
-                throw Exception("process", __LINE__, "The generated values do not reach the time limit.");
-            sumAtLastCheck = sum;
-        }
     }
     return trace.release();
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <new>
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
@@ -32,6 +33,11 @@ void sylvar_load_config(Config* config, bool& traceFormat, std::string& trace, u
     libvelmora_infomsg("Parameter file loaded.\nSeed: " + toString(seed) + "\n" + "stop: " + toString(stop) +
                        "\n" + "time: " + toString(time) + "\n" + "observations: " + toString(observations) +
                        "\n" + "traceFormat: " + toString(traceFormat) + "\n" + "trace: " + trace + "\n");
+}
+
+void sylvar_report_failure(Exception& e) {
+    std::cout << e.toString() << std::endl << std::endl;
+    std::cout << "Use parameter --help for usage information." << std::endl;
 }
 
 int main(int argc, char** argv) {
@@ -72,8 +78,13 @@ int main(int argc, char** argv) {
         config.reset();
         process.reset();
     } catch (Exception& e) {
-        std::cout << e.toString() << std::endl << std::endl;
-        std::cout << "Use parameter --help for usage information." << std::endl;
+        sylvar_report_failure(e);
+        return 0;
+    } catch (std::bad_alloc&) {
+        // Memory that runs out anywhere ends the run like every other failure,
+        // on standard output and with status 0.
+        Exception e("main_sylvar", __LINE__, "Out of memory.");
+        sylvar_report_failure(e);
         return 0;
     }
     return 0;

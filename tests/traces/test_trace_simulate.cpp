@@ -65,20 +65,34 @@ TEST(Simulate, FailedDrawsAndTracesReachTheCaller) {
     EXPECT_EQ(contentsOf(*copy), (std::vector<double>{0.5, 1.5}));
 }
 
-// A run by time that adds nothing is stopped after ten million values; a run
-// by count alone ends at its count whatever the sum of its values, also when
-// the count is a multiple of that period.
-TEST(Simulate, OnlyRunsByTimeAreRefusedForASumThatDoesNotGrow) {
+// The trace grows to the memory budget and no further: a count above it is
+// refused before the first draw, a run by sum that can't reach its time (zeros,
+// a downward drift) ends at the budget, and a run whose sum dips below earlier
+// values on its way up is never refused before it.
+TEST(Simulate, TheMemoryBudgetBoundsTheTraceAndNothingElse) {
+    velmora::set_simulation_memory_budget(1000 * sizeof(double) + 7);
+    EXPECT_EQ(velmora::simulation_value_limit(), 1000u);
+    const std::string refusal = "process: The generated values exceed the memory budget of 0 MiB (1000 values) "
+                                "before reaching the time limit.";
     for (double step : {0.0, -1.0}) {
         StepProcess process(step);
-        EXPECT_EQ(failureOf([&] { delete process.simulate(2, 1000, 1.0, 3); }),
-                  "process: The generated values do not reach the time limit.");
-        EXPECT_EQ(process.draws, 10000000u);
+        EXPECT_EQ(failureOf([&] { delete process.simulate(2, 5, 1.0, 3); }), refusal);
+        EXPECT_EQ(process.draws, 1000u);
     }
-    for (int stop : {1, 0}) {
-        StepProcess process(0.0);
-        // With stop 0 the time test is already met: a sum of 0 is not below -1.
-        std::unique_ptr<velmora::Trace> trace(process.simulate(stop, 10000000, -1.0, 3));
-        EXPECT_EQ(trace->getSize(), 10000000u) << "stop " << stop;
+    for (int stop : {0, 1}) {
+        StepProcess process(1.0);
+        EXPECT_EQ(failureOf([&] { delete process.simulate(stop, 1001, 0.0, 3); }),
+                  "process: The number of observations exceeds the memory budget of 0 MiB (1000 values).");
+        EXPECT_TRUE(process.seeds.empty());
+        std::unique_ptr<velmora::Trace> full(process.simulate(stop, 1000, 0.0, 3));
+        EXPECT_EQ(full->getSize(), 1000u);
     }
+    // Down by 900, then up by 10 a value: the sum reaches 50 at value 995.
+    std::vector<double> walk(900, -1.0);
+    walk.resize(999, 10.0);
+    velmora::Trace wandering(walk);
+    std::unique_ptr<velmora::Trace> replayed(wandering.simulate(2, 0, 50.0, 0));
+    EXPECT_EQ(replayed->getSize(), 995u);
+    velmora::set_simulation_memory_budget(0);
+    EXPECT_GE(velmora::simulation_value_limit(), 1000000u);  // the default: an eighth of the memory
 }
