@@ -15,9 +15,9 @@ namespace velmora {
 
 namespace {
 
-// Model files nest a handful of levels; deeper documents are refused so that
-// the recursive descent can neither exhaust the stack nor copy without end.
-const unsigned kMaxDepth = 100;
+// Model files nest a handful of levels. Splitting a level looks at all of its
+// text again, so deeper documents are refused to keep the work bounded.
+const unsigned kMaxDepth = 10000;
 
 Exception parseError(int line) { return Exception("conf", line, "XML parse error."); }
 
@@ -89,25 +89,60 @@ std::string::size_type splitElement(const std::string& text, std::string::size_t
     return close + closeTag.size();
 }
 
-XMLElement* parseInto(std::string text, XMLElement* parent, unsigned depth) {
-    if (depth > kMaxDepth) throw parseError(__LINE__);
-    std::vector<std::pair<std::string, std::string>> parts = XMLConfig::splitXML(text);
-    if (parent == nullptr) {
-        if (parts.size() != 1) throw parseError(__LINE__);
-        std::unique_ptr<XMLElement> element(new XMLElement(parts[0].first, ""));
-        parseInto(parts[0].second, element.get(), depth + 1);
-        return element.release();
-    }
-    for (auto& part : parts) {
-        if (part.first.empty()) {
-            parent->setValue(part.second);
-            continue;
+// The deepest nesting of tags, counted in one pass: an opening tag goes one
+// level down, a closing tag one up; declarations and comments don't count.
+// It can only overstate the depth the parser finds, so it refuses early what
+// the parser would refuse after splitting every level.
+unsigned long nestingDepth(const std::string& text) {
+    unsigned long depth = 0, deepest = 0;
+    for (std::string::size_type lt = text.find('<'); lt != std::string::npos; lt = text.find('<', lt + 1)) {
+        const char marker = lt + 1 < text.size() ? text[lt + 1] : '\0';
+        if (marker == '/') {
+            if (depth > 0) --depth;
+        } else if (marker != '?' && marker != '!') {
+            deepest = std::max(deepest, ++depth);
         }
-        std::unique_ptr<XMLElement> child(new XMLElement(part.first, ""));
-        parseInto(part.second, child.get(), depth + 1);
-        parent->addChildElement(child.release());
     }
-    return parent;
+    return deepest;
+}
+
+// Element texts waiting to be split, with the element that receives their
+// parts. The work list replaces recursion, so the depth of a document never
+// reaches the depth of the call stack; each text is handed down by moving it,
+// so a level holds only what is still to be split.
+struct Pending {
+    std::string text;
+    XMLElement* element;
+    unsigned depth;
+};
+
+void parseInto(std::string text, XMLElement* parent, unsigned depth, std::unique_ptr<XMLElement>& root) {
+    if (nestingDepth(text) > kMaxDepth + 1) throw parseError(__LINE__);
+    std::vector<Pending> work;
+    if (parent == nullptr) {
+        if (depth > kMaxDepth) throw parseError(__LINE__);
+        std::vector<std::pair<std::string, std::string>> parts = XMLConfig::splitXML(std::move(text));
+        if (parts.size() != 1) throw parseError(__LINE__);
+        root.reset(new XMLElement(parts[0].first, ""));
+        work.push_back({std::move(parts[0].second), root.get(), depth + 1});
+    } else {
+        work.push_back({std::move(text), parent, depth});
+    }
+    while (!work.empty()) {
+        Pending next = std::move(work.back());
+        work.pop_back();
+        if (next.depth > kMaxDepth) throw parseError(__LINE__);
+        std::vector<std::pair<std::string, std::string>> parts = XMLConfig::splitXML(std::move(next.text));
+        for (auto& part : parts) {
+            if (part.first.empty()) {
+                next.element->setValue(part.second);
+                continue;
+            }
+            XMLElement* child = new XMLElement(part.first, "");
+            next.element->addChildElement(child);
+            work.push_back({std::move(part.second), child, next.depth + 1});
+        }
+    }
 }
 
 }  // namespace
@@ -148,7 +183,14 @@ XMLConfig::XMLConfig(std::string file) {
 
 XMLElement* XMLConfig::getDocumentRoot() { return root.get(); }
 
-XMLElement* XMLConfig::parseXML(std::string text, XMLElement* parent) { return parseInto(text, parent, 0); }
+// A failure leaves no half-built tree behind: a new root is released only
+// when the whole text has been read; into a given parent, what was read before
+// the failure stays with it.
+XMLElement* XMLConfig::parseXML(std::string text, XMLElement* parent) {
+    std::unique_ptr<XMLElement> root;
+    parseInto(std::move(text), parent, 0, root);
+    return parent != nullptr ? parent : root.release();
+}
 
 std::vector<std::pair<std::string, std::string>> XMLConfig::splitXML(std::string text) {
     std::vector<std::pair<std::string, std::string>> parts;

@@ -40,10 +40,14 @@ inline std::vector<double> doubleList(const std::string& text) {
     return values;
 }
 
-// A count of phases. A negative count would wrap to some four billion phases,
-// whose variates take minutes each: it is refused.
+// A count of phases. An Erlang variate takes one uniform draw per phase, so a
+// model file may name at most a million phases (a few milliseconds a value);
+// a negative count would wrap to some four billion and is refused as well.
+const int kMaxPhases = 1000000;
+
 inline unsigned phaseCount(int count) {
     if (count < 0) throw Exception("dist", __LINE__, "Negative number of phases.");
+    if (count > kMaxPhases) throw Exception("dist", __LINE__, "Number of phases above the limit of 1000000.");
     return static_cast<unsigned>(count);
 }
 

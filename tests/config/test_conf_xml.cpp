@@ -92,17 +92,26 @@ TEST(XMLConfig, MissingFileAndDeepOrHugeInputs) {
         EXPECT_EQ(e.toString().substr(0, 15), "Error in: conf,");
         EXPECT_EQ(e.message, "Cannot open file.");
     }
-    std::string deep;
-    for (int i = 0; i < 100000; ++i) deep += "<a>";
-    for (int i = 0; i < 100000; ++i) deep += "</a>";
-    EXPECT_EQ(parseMessage(deep), "XML parse error.");
+    // A thousand levels are read; beyond ten thousand the reader refuses at
+    // once, before splitting any level.
+    auto nested = [](int levels) {
+        std::string text;
+        for (int i = 0; i < levels; ++i) text += "<a>";
+        text += "x";
+        for (int i = 0; i < levels; ++i) text += "</a>";
+        return text;
+    };
+    std::unique_ptr<XMLElement> root(XMLConfig::parseXML(nested(1000), nullptr));
+    XMLElement* e = root.get();
+    for (int i = 1; i < 1000; ++i) e = e->getChildElement("a");
+    EXPECT_EQ(e->getValue(), "x");
+    for (int levels : {10002, 1000000}) EXPECT_EQ(parseMessage(nested(levels)), "XML parse error.") << levels;
 
     std::string wide = "<r>";
     for (int i = 0; i < 400000; ++i) wide += "<v" + std::to_string(i % 7) + ">1</v" + std::to_string(i % 7) + ">";
     wide += "</r>";
-    XMLElement* root = XMLConfig::parseXML(wide, nullptr);
+    root.reset(XMLConfig::parseXML(wide, nullptr));
     EXPECT_EQ(root->getChildElements().size(), 400000u);
-    delete root;
 
     std::string junk;
     for (int i = 0; i < 100000; ++i) junk += static_cast<char>((i * 131) % 256);
