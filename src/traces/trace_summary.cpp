@@ -48,9 +48,10 @@ SummaryFigures summaryFigures(const std::vector<double>& values, unsigned moment
             // Through a volatile, the order stays unknown to the compiler even
             // where the caller's orders are constants.
             volatile double order = static_cast<double>(k);
-            power[k] = std::pow(v, order);
+            const double p = std::pow(v, order);
+            power[k] = p;
+            if (k < rawCount) rawSum[k] += p;
         }
-        for (std::size_t k = 0; k < rawCount; ++k) rawSum[k] += power[k];
         if (t > 0)
             for (std::size_t i = 0; i < side; ++i)
                 for (std::size_t j = 0; j < side; ++j) jointSum[i * side + j] += previous[i] * power[j];
