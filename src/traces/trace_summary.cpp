@@ -1,18 +1,20 @@
 // The text summary of a trace and the two passes that gather its figures.
 //
-// Asked one by one, the statistics go over a trace of n values once for each
-// raw moment, twice for each of the sixteen joint moments, three times for
-// each lag, and call pow 38 n times. Here every pow(x[t], k) is called once
-// per element and order and serves both the raw and the joint moments, the
-// mean is taken once, and the variance and all lags share one pass around
-// it; nothing of the trace's length is stored. The results stay bit for bit
-// those of the single statistics: each accumulator still adds its terms in
-// index order, and each term is the same expression of the same operands.
+// Asked one by one, the statistics of the default summary make more than
+// sixty passes over a trace of n values and call pow 38 n times. Here each
+// pow(x[t], k) is called once per element and order and serves both the raw
+// and the joint moments, the mean is taken once, and the variance and all
+// lags share one pass around it; nothing of the trace's length is stored.
+// The results stay bit for bit those of the single statistics: each
+// accumulator still adds its terms in index order, and each term is the same
+// expression of the same operands.
 // The powers of the moments are library calls with the order as a run-time
 // double, as in the single statistics: a known order 2 would let the compiler
 // write x * x, which differs from the library's pow in the last bit for some
 // x (about one in a thousand). The variance's pow(d, 2.0), a constant order,
-// is a product in both places alike.
+// is a product in both places alike. A build for a target with fused
+// multiply-add needs -ffp-contract=off to keep this, since the compiler
+// could fuse a product into its sum in one path and not in the other.
 #include "traces/trace_summary.h"
 
 #include <algorithm>
