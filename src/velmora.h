@@ -10,6 +10,7 @@
 #include "config/conf.h"
 
 #include "traces/trace.h"
+#include "traces/trace_summary.h"
 
 #include "numerics/matrix.h"
 #include "numerics/misc_linalg.h"

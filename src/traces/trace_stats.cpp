@@ -1,13 +1,12 @@
 // Sample statistics of a trace: raw and joint moments, variance,
 // autocovariances and autocorrelations, the empirical distribution on a grid
-// anchored at multiples of the bin width, the text summary and the target
-// files of the fitters. Every sum runs in index order and every power goes
-// through pow, so that results are reproducible to the last bit.
+// anchored at multiples of the bin width, and the target files of the
+// fitters. Every sum runs in index order and every power goes through pow, so
+// that results are reproducible to the last bit. The text summary gathers the
+// same figures in fewer passes (trace_summary.cpp).
 #include <cmath>
 #include <fstream>
-#include <iomanip>
 #include <limits>
-#include <sstream>
 
 #include "core/libvelmora_settings.h"
 #include "numerics/matrix.h"
@@ -237,43 +236,6 @@ double Trace::getLargestValueAbs() const {
         if (std::fabs(v) > result) result = std::fabs(v);
     return result;
 }
-
-std::string Trace::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
-    std::ostringstream out;
-    out << "Trace statistics: " << '\n';
-    out << "===========================" << '\n';
-    out << "Number of elements: " << values.size() << '\n';
-    double smallest = getSmallestValue();
-    double largest = getLargestValue();
-    out << "Smallest value: " << smallest << '\n';
-    out << "Largest value: " << largest << '\n';
-    std::vector<double> m = getMoments(moments);
-    for (std::size_t k = 0; k < m.size(); ++k) out << "Moment " << k << ": " << m[k] << '\n';
-    out << "Variance: " << getVariance() << '\n';
-    Matrix joint = getJointMoments(0, jointMoments);
-    for (unsigned r = 0; r < joint.getNumberRows(); ++r)
-        for (unsigned c = 0; c < joint.getNumberCols(); ++c)
-            out << "Joint moment " << r << ", " << c << ": " << joint(r, c) << '\n';
-    for (unsigned l = 0;; ++l) {
-        out << "Autocovariance at lag " << l << ": " << getAutocovariances(l, l)[0] << '\n';
-        if (l == lags) break;
-    }
-    for (unsigned l = 0;; ++l) {
-        out << "Autocorrelation at lag " << l << ": " << getAutocorrelations(l, l)[0] << '\n';
-        if (l == lags) break;
-    }
-
-    out << std::fixed << std::setprecision(5);
-    Distribution d = computeDistribution(smallest, largest, (largest - smallest) / 1000.0);
-    out << '\n';
-    out << "t\t\tpdf\t\tcdf" << '\n';
-    out << "=\t\t===\t\t===" << '\n';
-    for (std::size_t i = 0; i < d.cdf.size(); ++i)
-        out << d.cdf[i].first << "\t\t" << d.pdf[2 * i].second << "\t\t" << d.cdf[i].second << '\n';
-    return out.str();
-}
-
-std::string Trace::getSummary() { return getSummary(5, 3, 5); }
 
 void Trace::saveMoments(std::string file, unsigned order, std::string weightsFile) {
     std::vector<double> m = getMoments(order);

@@ -2,9 +2,12 @@
 // numpy on the same twenty values, the empirical distribution grid, the
 // summary text and the target files of the fitters.
 #include <cstdio>
+#include <cstring>
+#include <random>
 
 #include "trace_helpers.h"
 #include "traces/trace.h"
+#include "traces/trace_summary.h"
 
 using velmora::Distribution;
 using velmora::Trace;
@@ -157,6 +160,38 @@ TEST(TraceStatistics, SummaryMatchesTheStoredText) {
     Trace trace(SAMPLE);
     EXPECT_EQ(trace.getSummary(), expected);
     EXPECT_EQ(trace.getSummary(5, 3, 5), expected);
+}
+
+TEST(TraceStatistics, SummaryFiguresAreTheSingleStatisticsToTheLastBit) {
+    auto sameBits = [](double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; };
+    // Five thousand values of both signs, and a value whose square by the
+    // library's pow differs from 2.759 * 2.759 in the last bit (glibc 2.36).
+    std::mt19937_64 engine(11);
+    std::lognormal_distribution<double> spread(0.0, 1.5);
+    std::vector<double> wide(5000);
+    for (double& v : wide) v = spread(engine) - 2;
+    struct Case {
+        std::vector<double> values;
+        unsigned moments, joint, lags;
+    };
+    const Case cases[] = {{SAMPLE, 5, 3, 5}, {wide, 5, 3, 5}, {wide, 2, 4, 1}, {{1.0, 2.0, 4.0}, 5, 3, 5},
+                           {{2.759, 2.759}, 2, 2, 1}};
+    for (const Case& c : cases) {
+        Trace trace(c.values);
+        velmora::SummaryFigures f = velmora::summaryFigures(c.values, c.moments, c.joint, c.lags);
+        SCOPED_TRACE(c.values.size());
+        EXPECT_TRUE(sameBits(f.smallest, trace.getSmallestValue()));
+        EXPECT_TRUE(sameBits(f.largest, trace.getLargestValue()));
+        EXPECT_EQ(f.moments, trace.getMoments(c.moments));
+        EXPECT_TRUE(sameBits(f.variance, trace.getVariance()));
+        EXPECT_TRUE(f.jointMoments == trace.getJointMoments(0, c.joint));
+        ASSERT_EQ(f.autocovariances.size(), c.lags + 1u);
+        ASSERT_EQ(f.autocorrelations.size(), c.lags + 1u);
+        for (unsigned l = 0; l <= c.lags; ++l) {
+            EXPECT_TRUE(sameBits(f.autocovariances[l], trace.getAutocovariances(l, l)[0])) << l;
+            EXPECT_TRUE(sameBits(f.autocorrelations[l], trace.getAutocorrelations(l, l)[0])) << l;
+        }
+    }
 }
 
 TEST(TraceStatistics, TargetFilesAndWeights) {

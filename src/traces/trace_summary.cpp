@@ -1,0 +1,127 @@
+// The text summary of a trace and the two passes that gather its figures.
+//
+// Asked one by one, the statistics of the default summary make more than
+// sixty passes over a trace of n values and call pow 38 n times. Here each
+// pow(x[t], k) is called once per element and order and serves both the raw
+// and the joint moments, the mean is taken once, and the variance and all
+// lags share one pass around it; nothing of the trace's length is stored.
+// The results stay bit for bit those of the single statistics: each
+// accumulator still adds its terms in index order, and each term is the same
+// expression of the same operands.
+// The powers of the moments are library calls with the order as a run-time
+// double, as in the single statistics: a known order 2 would let the compiler
+// write x * x, which differs from the library's pow in the last bit for some
+// x (about one in a thousand). The variance's pow(d, 2.0), a constant order,
+// is a product in both places alike. A build for a target with fused
+// multiply-add needs -ffp-contract=off to keep this, since the compiler
+// could fuse a product into its sum in one path and not in the other.
+#include "traces/trace_summary.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <limits>
+#include <sstream>
+
+#include "core/libvelmora_settings.h"
+#include "traces/trace.h"
+
+namespace velmora {
+
+SummaryFigures summaryFigures(const std::vector<double>& values, unsigned moments, unsigned jointMoments,
+                              unsigned lags) {
+    const double* x = values.data();
+    const std::size_t n = values.size();
+    const std::size_t rawCount = static_cast<std::size_t>(moments) + 1;
+    const std::size_t side = static_cast<std::size_t>(jointMoments) + 1;
+    const std::size_t powerCount = std::max(rawCount, side);
+
+    // First pass: extremes, the plain sum for the mean, the power sums, and the
+    // joint sums of each pair (x[t - 1], x[t]) from the powers of both.
+    std::vector<double> rawSum(rawCount, 0.0), jointSum(side * side, 0.0);
+    std::vector<double> power(powerCount), previous(powerCount);
+    double smallest = x[0], largest = x[0], sum = 0.0;
+    for (std::size_t t = 0; t < n; ++t) {
+        const double v = x[t];
+        if (v < smallest) smallest = v;
+        if (v > largest) largest = v;
+        sum += v;
+        for (std::size_t k = 0; k < powerCount; ++k) {
+            // Through a volatile, the order stays unknown to the compiler even
+            // where the caller's orders are constants.
+            volatile double order = static_cast<double>(k);
+            const double p = std::pow(v, order);
+            power[k] = p;
+            if (k < rawCount) rawSum[k] += p;
+        }
+        if (t > 0)
+            for (std::size_t i = 0; i < side; ++i)
+                for (std::size_t j = 0; j < side; ++j) jointSum[i * side + j] += previous[i] * power[j];
+        power.swap(previous);
+    }
+    const double m = sum / static_cast<double>(n);
+
+    // Second pass: squares and lagged products of the deviations. Lags at or
+    // beyond n have no pairs and keep no sum.
+    const std::size_t reach = std::min<std::size_t>(lags, n - 1);
+    std::vector<double> lagSum(reach + 1, 0.0);
+    double squares = 0.0;
+    for (std::size_t t = 0; t < n; ++t) {
+        const double d = x[t] - m;
+        squares += std::pow(d, 2.0);
+        const std::size_t last = std::min(reach, n - 1 - t);
+        for (std::size_t l = 0; l <= last; ++l) lagSum[l] += d * (x[t + l] - m);
+    }
+
+    SummaryFigures f;
+    f.smallest = smallest;
+    f.largest = largest;
+    f.moments.resize(rawCount);
+    for (std::size_t k = 0; k < rawCount; ++k) f.moments[k] = rawSum[k] / static_cast<double>(n);
+    f.variance = squares / static_cast<double>(n - 1);
+    f.jointMoments = Matrix(static_cast<unsigned>(side), static_cast<unsigned>(side), MATRIX_ZERO);
+    for (std::size_t i = 0; i < side; ++i)
+        for (std::size_t j = 0; j < side; ++j)
+            f.jointMoments(static_cast<unsigned>(i), static_cast<unsigned>(j)) =
+                jointSum[i * side + j] / static_cast<double>(n - 1);
+    for (std::size_t l = 0; l <= lags; ++l) {
+        const double lagged = l <= reach ? lagSum[l] : 0.0;
+        f.autocovariances.push_back(lagged / static_cast<double>(n));
+        f.autocorrelations.push_back(l < n ? lagged / (static_cast<double>(n - l - 1) * f.variance)
+                                           : std::numeric_limits<double>::quiet_NaN());
+    }
+    return f;
+}
+
+std::string Trace::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
+    if (values.empty()) throw Exception("trace", __LINE__, "Invalid trace element.");
+    const SummaryFigures f = summaryFigures(values, moments, jointMoments, lags);
+    std::ostringstream out;
+    out << "Trace statistics: " << '\n';
+    out << "===========================" << '\n';
+    out << "Number of elements: " << values.size() << '\n';
+    out << "Smallest value: " << f.smallest << '\n';
+    out << "Largest value: " << f.largest << '\n';
+    for (std::size_t k = 0; k < f.moments.size(); ++k) out << "Moment " << k << ": " << f.moments[k] << '\n';
+    out << "Variance: " << f.variance << '\n';
+    for (unsigned r = 0; r < f.jointMoments.getNumberRows(); ++r)
+        for (unsigned c = 0; c < f.jointMoments.getNumberCols(); ++c)
+            out << "Joint moment " << r << ", " << c << ": " << f.jointMoments(r, c) << '\n';
+    for (std::size_t l = 0; l < f.autocovariances.size(); ++l)
+        out << "Autocovariance at lag " << l << ": " << f.autocovariances[l] << '\n';
+    for (std::size_t l = 0; l < f.autocorrelations.size(); ++l)
+        out << "Autocorrelation at lag " << l << ": " << f.autocorrelations[l] << '\n';
+
+    out << std::fixed << std::setprecision(5);
+    Distribution d = computeDistribution(f.smallest, f.largest, (f.largest - f.smallest) / 1000.0);
+    out << '\n';
+    out << "t\t\tpdf\t\tcdf" << '\n';
+    out << "=\t\t===\t\t===" << '\n';
+    for (std::size_t i = 0; i < d.cdf.size(); ++i)
+        out << d.cdf[i].first << "\t\t" << d.pdf[2 * i].second << "\t\t" << d.cdf[i].second << '\n';
+    return out.str();
+}
+
+std::string Trace::getSummary() { return getSummary(5, 3, 5); }
+
+}  // namespace velmora
