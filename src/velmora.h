@@ -11,6 +11,7 @@
 
 #include "traces/trace.h"
 
+#include "numerics/jump_chain.h"
 #include "numerics/matrix.h"
 #include "numerics/misc_linalg.h"
 #include "numerics/misc_math.h"

@@ -9,17 +9,18 @@
 #ifndef VELMORA_TIMESERIES_ARIMA_H
 #define VELMORA_TIMESERIES_ARIMA_H
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/process.h"
+#include "numerics/random.h"
 
 namespace velmora {
 
 class Config;
 class Matrix;
-class Rand;
 class Trace;
 class XMLConfig;
 class XMLElement;
@@ -34,9 +35,6 @@ public:
     explicit ARIMA(Config* config);
     explicit ARIMA(XMLConfig* document);
     // A copy gets its own copy of the random stream and of the generator state.
-    ARIMA(const ARIMA& other);
-    ARIMA& operator=(const ARIMA& other);
-    ~ARIMA() override;
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -111,7 +109,7 @@ private:
     double intercept;
     double variance;
     std::string method;
-    Rand* rng;
+    std::optional<Rand> rng;  // empty until the first initRandomNumberGeneration
     std::vector<double> arState;  // newest first
     std::vector<double> maState;  // newest first
 };

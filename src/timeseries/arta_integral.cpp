@@ -18,6 +18,7 @@
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist.h"
+#include "distributions/dist_normal.h"
 #include "numerics/misc_numerical.h"
 #include "numerics/misc_numerical_dist.h"
 #include "timeseries/arta.h"

@@ -10,6 +10,10 @@
 
 #include "config/conf.h"
 #include "distributions/dist.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_normal.h"
+#include "distributions/dist_uniform.h"
 #include "numerics/matrix.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"

@@ -5,6 +5,9 @@
 #include <vector>
 
 #include "distributions/dist.h"
+#include "distributions/dist_exponential.h"
+#include "distributions/dist_gamma.h"
+#include "distributions/dist_normal.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
 
