@@ -8,7 +8,6 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
-#include "core/misc_string.h"
 #include "numerics/jump_chain.h"
 #include "numerics/misc_math.h"
 #include "numerics/misc_util.h"

@@ -21,8 +21,6 @@ public:
     MAP(std::string file, format f);
     explicit MAP(Config* config);
     explicit MAP(XMLConfig* document);
-    // A copy takes the matrices but not the random stream (see OwnStream):
-    // the copy must be initialised anew.
 
     bool valid_map();
     bool valid_map(Matrix D0);
@@ -43,8 +41,9 @@ public:
     double getNextRandomVariate() override;
 
 private:
-    // A stream that is not handed on: a copied or assigned MAP is left
-    // without one, so that two objects never continue copies of one state.
+    // A stream that is not handed on: a copy or assignment takes the
+    // matrices, but the target is left without a stream and must be
+    // initialised anew, so that two MAPs never continue copies of one state.
     // This is the one piece of MAP's copying that needs code.
     struct OwnStream {
         std::optional<Rand> rand;

@@ -6,7 +6,6 @@
 #include "markov/mep.h"
 #include "core/process_files.h"
 
-#include <cmath>
 #include <fstream>
 #include <sstream>
 

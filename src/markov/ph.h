@@ -27,8 +27,6 @@ public:
     PH();
     // A column vector tau is transposed; no validity check.
     PH(Matrix T, Vector tau);
-    // A copy of an object with an initialised stream gets a stream of its
-    // own, a copy of the original's state: both continue with the same values.
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -73,7 +71,9 @@ public:
 protected:
     Matrix T;
     Vector tau;
-    std::optional<Rand> rng;  // empty until the first initRandomNumberGeneration
+    // Empty until the first initRandomNumberGeneration. A copy gets a stream
+    // of its own in the original's state: both continue with the same values.
+    std::optional<Rand> rng;
 };
 
 }  // namespace velmora

@@ -34,7 +34,6 @@ public:
     ARIMA(std::string file, format f);
     explicit ARIMA(Config* config);
     explicit ARIMA(XMLConfig* document);
-    // A copy gets its own copy of the random stream and of the generator state.
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -109,7 +108,9 @@ private:
     double intercept;
     double variance;
     std::string method;
-    std::optional<Rand> rng;  // empty until the first initRandomNumberGeneration
+    // Empty until the first initRandomNumberGeneration; a copy gets its own
+    // copy of the stream and of the generator state below.
+    std::optional<Rand> rng;
     std::vector<double> arState;  // newest first
     std::vector<double> maState;  // newest first
 };
