@@ -12,6 +12,7 @@
 #include "traces/trace.h"
 #include "traces/trace_summary.h"
 
+#include "numerics/jump_chain.h"
 #include "numerics/matrix.h"
 #include "numerics/misc_linalg.h"
 #include "numerics/misc_math.h"

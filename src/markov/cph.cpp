@@ -8,9 +8,9 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
-#include "core/misc_string.h"
+#include "numerics/jump_chain.h"
 #include "numerics/misc_math.h"
-#include "numerics/random.h"
+#include "numerics/misc_util.h"
 
 namespace velmora {
 
@@ -47,20 +47,14 @@ void CPH::load(XMLConfig* document) {
     load(root->getChildElement("ph"));
 }
 
-// "d0" is one flat list of the entries of T, row after row; the order is
-// the integer part of the square root of their number.
+// "d0" is one flat list of the entries of T, row after row.
 void CPH::load(XMLElement* element) {
     if (element->getTag() != "ph") throw Exception("cph", __LINE__, "Not a PH distribution.");
     XMLElement* d0 = element->getChildElement("d0");
     XMLElement* pi = element->getChildElement("pi");
     if (d0 == nullptr || pi == nullptr) throw Exception("cph", __LINE__, "Not a PH description.");
 
-    std::vector<std::string> pieces = splitString(d0->getValue(), ' ');
-    std::vector<double> values;
-    values.reserve(pieces.size());
-    for (const std::string& piece : pieces) values.push_back(toDouble(piece));
-    unsigned n = static_cast<unsigned>(std::sqrt(static_cast<double>(values.size())));
-    T = Matrix(values, n, n, true);
+    T = square_matrix_from_list(d0->getValue());
     tau = Vector(Matrix(pi->getValue()).getRow(0), true);
 }
 
@@ -111,40 +105,30 @@ Vector CPH::getExitRates() const {
 // ---------------------------------------------------------------------------
 // Generation
 
-// True if absorption can be reached from `start` with positive probability.
-// The walk picks the first phase whose running sum of jump probabilities
-// reaches the uniform draw v of [0, 1], so a jump is possible only where its
-// sum rises above every earlier sum (and above 0), and absorption only where
-// all sums stay below 1. This also holds for rows of mixed signs, in which
-// a row sum below 0 does not show that the way out can be taken.
+// True if absorption can be reached from `start` with positive probability:
+// the walk is absorbed in a phase whose jump sums a draw can pass all, and
+// ends in one whose sojourn rate the exponential draw refuses.
 static bool absorptionReachable(const Matrix& T, unsigned start) {
     const unsigned n = T.getNumberRows();
-    std::vector<bool> seen(n, false);
-    std::vector<unsigned> stack(1, start);
-    seen[start] = true;
-    while (!stack.empty()) {
-        const unsigned s = stack.back();
-        stack.pop_back();
+    std::vector<std::vector<unsigned>> next(n);
+    std::vector<unsigned char> ends(n, 0);
+    std::vector<double> sums(n);
+    std::vector<unsigned> targets(n);
+    std::vector<unsigned char> possible(n);
+    for (unsigned s = 0; s < n; s++) {
         const std::vector<double>& row = T[s];
         const double rate = -row[s];
-        // The sojourn draw refuses such a rate: the walk ends there.
-        if (!(rate > 0)) return true;
-        double a = 0;
-        double highest = 0;  // the largest sum so far, at least 0
-        for (unsigned j = 0; j < n; j++) {
-            if (j == s) continue;
-            a += row[j] / rate;
-            if (a > highest && highest < 1) {
-                if (!seen[j]) {
-                    seen[j] = true;
-                    stack.push_back(j);
-                }
-                highest = a;
-            }
+        if (!(rate > 0)) {
+            ends[s] = 1;
+            continue;
         }
-        if (highest < 1) return true;
+        double a = 0;
+        const unsigned count = write_jump_sums(row.data(), n, s, rate, &a, sums.data(), targets.data());
+        if (mark_possible_jumps(sums.data(), count, possible.data())) ends[s] = 1;
+        for (unsigned k = 0; k < count; k++)
+            if (possible[k]) next[s].push_back(targets[k]);
     }
-    return false;
+    return states_reaching(next, ends)[start] != 0;
 }
 
 // Draw order per variate: one uniform for the start; then per visited phase
@@ -158,16 +142,12 @@ double CPH::getNextRandomVariate() {
     if (T.getNumberCols() != n) throw Exception("cph", __LINE__, "Invalid matrix dimensions.");
 
     double u = rng->uniform(0, 1);
-    double p = getTau0();
-    if (p >= u) return 0.0;
-    unsigned c = 0;
-    for (unsigned i = 0; i < m; i++) {
-        p += tau(i);
-        if (p >= u) {
-            c = i;
-            break;
-        }
-    }
+    const double tau0 = getTau0();
+    if (tau0 >= u) return 0.0;
+    // Rounding that keeps every running sum below u starts in phase 0.
+    const std::vector<double> start = tau.asVector();
+    unsigned c = static_cast<unsigned>(first_index_reaching(start.data(), m, u, tau0));
+    if (c == m) c = 0;
 
     if (c >= n) throw Exception("cph", __LINE__, "Invalid matrix dimensions.");
 

@@ -15,7 +15,6 @@
 namespace velmora {
 
 class MAP;
-class HypoExponential;
 
 class CPH : public PH {
 public:
@@ -61,13 +60,9 @@ public:
     // The renewal MAP: D0 = T, D1 = exit rates times tau.
     MAP asMAP() const;
 
-    // Acyclic structure: the paths through the chain by ascending mean, and
-    // the series canonical form.
-    std::vector<std::pair<double, HypoExponential*>> generatePaths();
-    std::vector<std::pair<double, std::vector<double>>> generatePath(
-        std::vector<std::pair<double, std::vector<double>>> paths, unsigned state);
+    // Every phase but the last leaves only to the next one, with
+    // non-decreasing rates.
     bool hasSeriesCF() const;
-    CPH seriesCanonicalForm();
 };
 
 }  // namespace velmora

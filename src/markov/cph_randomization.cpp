@@ -94,17 +94,7 @@ void map_ph_randomization(Matrix* P, Matrix* v, Matrix* scratch, Matrix* result,
             }
             k = k + 1;
             if (k > R) break;
-            // scratch = v P, summed over the rows of P in ascending order.
-            for (unsigned r = 0; r < rows; r++) {
-                const std::vector<double>& in = (*v)[r];
-                std::vector<double>& out = (*scratch)[r];
-                for (unsigned j = 0; j < cols; j++) out[j] = 0.0;
-                for (unsigned i = 0; i < n; i++) {
-                    const double x = in[i];
-                    const std::vector<double>& prow = (*P)[i];
-                    for (unsigned j = 0; j < cols; j++) out[j] += x * prow[j];
-                }
-            }
+            for (unsigned r = 0; r < rows; r++) row_times_matrix((*v)[r].data(), *P, (*scratch)[r].data());
             for (unsigned r = 0; r < rows; r++) (*v)[r] = (*scratch)[r];
         }
     }

@@ -10,8 +10,9 @@
 
 #include "core/libvelmora_settings.h"
 #include "markov/cph.h"
+#include "numerics/jump_chain.h"
 #include "numerics/misc_linalg.h"
-#include "numerics/random.h"
+#include "numerics/misc_util.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -22,6 +23,16 @@ namespace {
 // to it so that its logarithm stays finite.
 const double kSmallestScale = 2.2250738585072014e-307;
 
+// Divides the first n entries of the row by their sum and returns the
+// logarithm of that sum, lifted to kSmallestScale.
+double scaleToOne(std::vector<double>& row, unsigned n) {
+    double s = 0;
+    for (unsigned k = 0; k < n; k++) s += row[k];
+    for (unsigned k = 0; k < n; k++) row[k] = row[k] / s;
+    if (s < kSmallestScale) s = kSmallestScale;
+    return std::log(s);
+}
+
 }  // namespace
 
 MAP::MAP(Matrix d0, Matrix d1) : MEP(std::move(d0), std::move(d1)) { setIdentity(); }
@@ -29,36 +40,10 @@ MAP::MAP(std::string file, format f) : MEP(file, f) { setIdentity(); }
 MAP::MAP(Config* config) : MEP(config) { setIdentity(); }
 MAP::MAP(XMLConfig* document) : MEP(document) { setIdentity(); }
 
-MAP::MAP(const MAP& other) : MEP(other) {
-    setIdentity();
-    rngInitialized = false;
-}
-
-MAP& MAP::operator=(const MAP& other) {
-    if (this != &other) {
-        // The fields are copied one by one: the base of all processes has no
-        // assignment of its own.
-        D0 = other.D0;
-        D1 = other.D1;
-        ++matrixRevision;
-        delete rng;
-        setIdentity();
-        rngInitialized = false;
-    }
-    return *this;
-}
-
-MAP::~MAP() { delete rng; }
-
 void MAP::setIdentity() {
     type = PROCESS_MAP;
     typeName = "MAP";
     modelName = "map";
-    rng = nullptr;
-    currentState = 0;
-    order = 0;
-    tableRevision = 0;
-    tableBuilt = false;
 }
 
 // ---------------------------------------------------------------------------
@@ -146,39 +131,19 @@ double MAP::computeLikelihood(Trace* trace) {
     Matrix a = steady_state_vector_embedded_dtmc();
     Matrix b(1, n);
     Matrix scratch(1, n);
-    std::vector<const double*> p1(n);
-    for (unsigned k = 0; k < n; k++) p1[k] = P1[k].data();
 
     // c is the running logarithm of the scaling factors.
     double c = 0;
     for (unsigned i = 0; i < K; i++) {
         const double x = trace->getElement(i);
         map_ph_randomization(&P0, &a, &scratch, &b, lambda, x, 1e-12);
-
         // The rows are looked up again after each call: the routine may
         // replace the matrices' storage.
         std::vector<double>& brow = b[0u];
-        std::vector<double>& arow = a[0u];
-        double s = 0;
-        for (unsigned k = 0; k < n; k++) s += brow[k];
-        for (unsigned k = 0; k < n; k++) brow[k] = brow[k] / s;
-        if (s < kSmallestScale) s = kSmallestScale;
-        c = c + std::log(s);
-
-        // a = b P1, each entry summed over k in ascending order.
-        for (unsigned j = 0; j < n; j++) {
-            double sum = 0;
-            for (unsigned k = 0; k < n; k++) sum += brow[k] * p1[k][j];
-            arow[j] = sum;
-        }
+        c = c + scaleToOne(brow, n);
+        row_times_matrix(brow.data(), P1, a[0u].data());
     }
-
-    std::vector<double>& arow = a[0u];
-    double s = 0;
-    for (unsigned k = 0; k < n; k++) s += arow[k];
-    for (unsigned k = 0; k < n; k++) arow[k] = arow[k] / s;
-    if (s < kSmallestScale) s = kSmallestScale;
-    return std::log(s) + c + K * std::log(lambda);
+    return scaleToOne(a[0u], n) + c + K * std::log(lambda);
 }
 
 // ---------------------------------------------------------------------------
@@ -188,105 +153,74 @@ void MAP::buildJumpTable() {
     const unsigned n = D0.getNumberRows();
     if (n == 0 || D0.getNumberCols() != n || D1.getNumberRows() != n || D1.getNumberCols() != n)
         throw Exception("maps", __LINE__, "Invalid matrix dimensions.");
-    const unsigned width = 2 * n - 1;
     order = n;
-    sojournRate.assign(n, 0.0);
-    jumpSums.assign(static_cast<std::size_t>(n) * width, 0.0);
-    jumpTarget.assign(static_cast<std::size_t>(n) * width, 0);
-    // possible[k]: the lookup can stop at entry k with positive probability,
-    // that is, its sum rises above every earlier sum of the row (and above 0)
-    // while these stay below 1. The sums rise steadily in a valid MAP; the
-    // running maximum keeps the test right for rows of mixed signs.
-    std::vector<unsigned char> possible(static_cast<std::size_t>(n) * width, 0);
-
-    // The partial sums are formed exactly as the walk would form them, so
-    // that looking them up gives the same phase as summing on the fly.
-    for (unsigned s = 0; s < n; s++) {
-        const std::vector<double>& r0 = D0[s];
-        const std::vector<double>& r1 = D1[s];
-        const double rate = -r0[s];
-        sojournRate[s] = rate;
-        double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
-        unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
-        unsigned char* can = &possible[static_cast<std::size_t>(s) * width];
-        double a = 0;
-        unsigned k = 0;
-        for (unsigned j = 0; j < n; j++) {
-            if (j == s) continue;
-            a += r0[j] / rate;
-            sums[k] = a;
-            targets[k++] = j;
-        }
-        for (unsigned j = 0; j < n; j++) {
-            a += r1[j] / rate;
-            sums[k] = a;
-            targets[k++] = j;
-        }
-        double highest = 0;
-        for (k = 0; k < width; k++)
-            if (sums[k] > highest && highest < 1) {
-                can[k] = 1;
-                highest = sums[k];
-            }
-    }
-    // A phase from which no event can ever be reached would make the walk
-    // run for ever; it is marked, and the walk refuses to go on in it. A
-    // phase whose sojourn rate the exponential draw refuses ends the walk
-    // there with that draw's message, and counts as an end.
-    reachesEvent.assign(n, 0);
-    for (unsigned s = 0; s < n; s++) {
-        const unsigned char* can = &possible[static_cast<std::size_t>(s) * width];
-        if (!(sojournRate[s] > 0)) reachesEvent[s] = 1;
-        for (unsigned k = n - 1; k < width; k++)
-            if (can[k]) reachesEvent[s] = 1;
-    }
-    for (bool changed = true; changed;) {
-        changed = false;
-        for (unsigned s = 0; s < n; s++) {
-            if (reachesEvent[s]) continue;
-            const unsigned char* can = &possible[static_cast<std::size_t>(s) * width];
-            const unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
-            for (unsigned k = 0; k + 1 < n; k++)
-                if (can[k] && reachesEvent[targets[k]]) {
-                    reachesEvent[s] = 1;
-                    changed = true;
-                    break;
-                }
-        }
-    }
+    writeJumpSums();
+    markPhasesReachingEvents();
     tableRevision = matrixRevision;
     tableBuilt = true;
 }
 
+// The partial sums are formed exactly as the walk would form them, so that
+// looking them up gives the same phase as summing on the fly.
+void MAP::writeJumpSums() {
+    const unsigned n = order;
+    const unsigned width = 2 * n - 1;
+    sojournRate.assign(n, 0.0);
+    jumpSums.assign(static_cast<std::size_t>(n) * width, 0.0);
+    jumpTarget.assign(static_cast<std::size_t>(n) * width, 0);
+    for (unsigned s = 0; s < n; s++) {
+        const double rate = -D0[s][s];
+        sojournRate[s] = rate;
+        double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
+        unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
+        double a = 0;
+        const unsigned k = write_jump_sums(D0[s].data(), n, s, rate, &a, sums, targets);
+        write_jump_sums(D1[s].data(), n, n, rate, &a, sums + k, targets + k);
+    }
+}
+
+// A phase from which no event can ever be reached would make the walk run
+// for ever; it is marked, and the walk refuses to go on in it. A phase whose
+// sojourn rate the exponential draw refuses ends the walk there with that
+// draw's message, and counts as an end.
+void MAP::markPhasesReachingEvents() {
+    const unsigned n = order;
+    const unsigned width = 2 * n - 1;
+    std::vector<unsigned char> ends(n, 0);
+    std::vector<std::vector<unsigned>> next(n);
+    std::vector<unsigned char> possible(width);
+    for (unsigned s = 0; s < n; s++) {
+        const unsigned* targets = &jumpTarget[static_cast<std::size_t>(s) * width];
+        mark_possible_jumps(&jumpSums[static_cast<std::size_t>(s) * width], width, possible.data());
+        if (!(sojournRate[s] > 0)) ends[s] = 1;
+        for (unsigned k = n - 1; k < width; k++)
+            if (possible[k]) ends[s] = 1;
+        for (unsigned k = 0; k + 1 < n; k++)
+            if (possible[k]) next[s].push_back(targets[k]);
+    }
+    reachesEvent = states_reaching(next, std::move(ends));
+}
+
 void MAP::initRandomNumberGeneration(unsigned seed) {
     rngInitialized = true;
-    delete rng;
-    rng = nullptr;
-    rng = new Rand(seed);
+    Rand& rng = stream.rand.emplace(seed);
     // The start phase is drawn before anything else of the stream.
-    double u = rng->uniform(0, 1);
-    Matrix pi = steady_state_vector_embedded_dtmc();
+    const double u = rng.uniform(0, 1);
+    const Matrix pi = steady_state_vector_embedded_dtmc();
     const std::vector<double>& p = pi[0u];
-    double sum = 0;
-    bool found = false;
-    unsigned last = 0;  // the last phase of positive probability
-    for (unsigned j = 0; j < p.size(); j++) {
-        if (p[j] > 0) last = j;
-        sum += p[j];
-        if (sum >= u) {
-            currentState = j;
-            found = true;
-            break;
-        }
-    }
+    currentState = static_cast<unsigned>(first_index_reaching(p.data(), p.size(), u));
     // Rounding may keep the sum below u; u is then next to 1, and the last
     // phase that can be entered is the nearest choice.
-    if (!found) currentState = last;
+    if (currentState == p.size()) {
+        currentState = 0;
+        for (unsigned j = 0; j < p.size(); j++)
+            if (p[j] > 0) currentState = j;
+    }
     buildJumpTable();
 }
 
 double MAP::getNextRandomVariate() {
-    if (!rngInitialized || rng == nullptr)
+    if (!rngInitialized || !stream.rand)
         throw Exception("maps", __LINE__, "Initialize Random Number Generation first.");
     // New matrices after the start: the walk goes on with them if the phase
     // still exists.
@@ -295,12 +229,13 @@ double MAP::getNextRandomVariate() {
 
     const unsigned n = order;
     const unsigned width = 2 * n - 1;
+    Rand& rng = *stream.rand;
     unsigned s = currentState;
     double t = 0;
     while (true) {
-        t += rng->exponential(sojournRate[s]);
+        t += rng.exponential(sojournRate[s]);
         if (!reachesEvent[s]) throw Exception("maps", __LINE__, "No event can be reached from the current phase.");
-        const double v = rng->uniform(0, 1);
+        const double v = rng.uniform(0, 1);
         const double* sums = &jumpSums[static_cast<std::size_t>(s) * width];
         unsigned k = 0;
         while (k < width && !(sums[k] >= v)) ++k;

@@ -6,14 +6,14 @@
 #ifndef VELMORA_MARKOV_MAPS_H
 #define VELMORA_MARKOV_MAPS_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "markov/mep.h"
+#include "numerics/random.h"
 
 namespace velmora {
-
-class Rand;
 
 class MAP : public MEP {
 public:
@@ -21,11 +21,6 @@ public:
     MAP(std::string file, format f);
     explicit MAP(Config* config);
     explicit MAP(XMLConfig* document);
-    // A copy takes the matrices but not the random stream: two objects never
-    // share one Rand, and the copy must be initialised anew.
-    MAP(const MAP& other);
-    MAP& operator=(const MAP& other);
-    ~MAP() override;
 
     bool valid_map();
     bool valid_map(Matrix D0);
@@ -46,23 +41,40 @@ public:
     double getNextRandomVariate() override;
 
 private:
+    // A stream that is not handed on: a copy or assignment takes the
+    // matrices, but the target is left without a stream and must be
+    // initialised anew, so that two MAPs never continue copies of one state.
+    // This is the one piece of MAP's copying that needs code.
+    struct OwnStream {
+        std::optional<Rand> rand;
+        OwnStream() = default;
+        OwnStream(const OwnStream&) {}
+        OwnStream& operator=(const OwnStream& other) {
+            if (this != &other) rand.reset();
+            return *this;
+        }
+    };
+
     void setIdentity();
     // Per phase: the sojourn rate and the partial sums of the jump
     // probabilities, first the jumps without an event (j != s), then those
-    // with an event (all j), each in ascending j.
+    // with an event (all j), each in ascending j; then which phases can
+    // reach an event.
     void buildJumpTable();
+    void writeJumpSums();
+    void markPhasesReachingEvents();
 
-    Rand* rng;
-    unsigned currentState;
+    OwnStream stream;
+    unsigned currentState = 0;
 
     // Jump table for the generator, valid for the matrices of `tableRevision`.
-    unsigned order;
+    unsigned order = 0;
     std::vector<double> sojournRate;
     std::vector<double> jumpSums;  // order rows of 2 * order - 1 partial sums
     std::vector<unsigned> jumpTarget;
     std::vector<unsigned char> reachesEvent;  // an event has a positive chance from the phase
-    unsigned long tableRevision;
-    bool tableBuilt;
+    unsigned long tableRevision = 0;
+    bool tableBuilt = false;
 };
 
 }  // namespace velmora

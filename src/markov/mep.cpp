@@ -6,7 +6,6 @@
 #include "markov/mep.h"
 #include "core/process_files.h"
 
-#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -27,42 +26,29 @@ void setMEPIdentity(process_type& type, std::string& typeName, std::string& mode
     modelName = "mep";
 }
 
-// A square matrix from the blank-separated values of an XML element, filled
-// row by row; the order is the integer part of the root of the count.
-Matrix readSquareMatrix(const std::string& text) {
-    std::vector<std::string> pieces = splitString(text, ' ');
-    std::vector<double> values;
-    values.reserve(pieces.size());
-    for (const std::string& piece : pieces) values.push_back(toDouble(piece));
-    unsigned order = static_cast<unsigned>(std::sqrt(static_cast<double>(values.size())));
-    return Matrix(values, order, order, true);
-}
-
 // The first column-of-ones product: the sum of the entries of row 0.
 double rowTotal(const Matrix& row) { return row.getRowSum(0); }
 
 }  // namespace
 
-MEP::MEP(Matrix d0, Matrix d1) : D0(std::move(d0)), D1(std::move(d1)), matrixRevision(0) {
+MEP::MEP(Matrix d0, Matrix d1) : D0(std::move(d0)), D1(std::move(d1)) {
     setMEPIdentity(type, typeName, modelName);
 }
 
-MEP::MEP(std::string file, format f) : matrixRevision(0) {
+MEP::MEP(std::string file, format f) {
     setMEPIdentity(type, typeName, modelName);
     load(file, f);
 }
 
-MEP::MEP(Config* config) : matrixRevision(0) {
+MEP::MEP(Config* config) {
     setMEPIdentity(type, typeName, modelName);
     load(config);
 }
 
-MEP::MEP(XMLConfig* document) : matrixRevision(0) {
+MEP::MEP(XMLConfig* document) {
     setMEPIdentity(type, typeName, modelName);
     load(document);
 }
-
-MEP::~MEP() {}
 
 std::string MEP::getProcessDescription() { return typeName + "(" + velmora::toString(getOrder()) + ")"; }
 
@@ -91,8 +77,8 @@ void MEP::load(XMLConfig* document) {
     XMLElement* d0 = element->getChildElement("d0");
     XMLElement* d1 = element->getChildElement("d1");
     if (d0 == nullptr || d1 == nullptr) throw Exception("mep", __LINE__, "Not a valid MAP/MEP description.");
-    Matrix m0 = readSquareMatrix(d0->getValue());
-    Matrix m1 = readSquareMatrix(d1->getValue());
+    Matrix m0 = square_matrix_from_list(d0->getValue());
+    Matrix m1 = square_matrix_from_list(d1->getValue());
     D0 = m0;
     D1 = m1;
     ++matrixRevision;

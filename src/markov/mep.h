@@ -24,7 +24,6 @@ public:
     MEP(std::string file, format f);
     explicit MEP(Config* config);
     explicit MEP(XMLConfig* document);
-    ~MEP() override;
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -62,7 +61,7 @@ protected:
     std::string modelName;
     // Raised whenever D0 or D1 are replaced, so that subclasses can tell
     // whether tables derived from the matrices are still current.
-    unsigned long matrixRevision;
+    unsigned long matrixRevision = 0;
 };
 
 }  // namespace velmora

@@ -10,35 +10,15 @@
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
-#include "numerics/random.h"
 
 namespace velmora {
 
 // A row vector stays, a column vector becomes one.
 static Vector asRow(const Vector& v) { return v.isRowVector() ? v : v.transpose(); }
 
-PH::PH() : rng(nullptr) {}
+PH::PH() = default;
 
-PH::PH(Matrix T, Vector tau) : T(std::move(T)), tau(asRow(tau)), rng(nullptr) {}
-
-PH::PH(const PH& other) : Process(other), T(other.T), tau(other.tau), rng(nullptr) {
-    if (other.rng != nullptr) rng = new Rand(*other.rng);
-}
-
-PH& PH::operator=(const PH& other) {
-    if (this == &other) return *this;
-    Rand* copy = other.rng != nullptr ? new Rand(*other.rng) : nullptr;
-    delete rng;
-    rng = copy;
-    type = other.type;
-    typeName = other.typeName;
-    rngInitialized = other.rngInitialized;
-    T = other.T;
-    tau = other.tau;
-    return *this;
-}
-
-PH::~PH() { delete rng; }
+PH::PH(Matrix T, Vector tau) : T(std::move(T)), tau(asRow(tau)) {}
 
 std::string PH::getProcessDescription() { return typeName + "(" + velmora::toString(getOrder()) + ")"; }
 
@@ -69,9 +49,7 @@ std::vector<double> PH::getAutocorrelations(unsigned first, unsigned last) const
 
 void PH::initRandomNumberGeneration(unsigned seed) {
     rngInitialized = true;
-    delete rng;
-    rng = nullptr;
-    rng = new Rand(seed);
+    rng.emplace(seed);
 }
 
 unsigned PH::getOrder() const { return T.getNumberRows(); }

@@ -6,16 +6,17 @@
 #ifndef VELMORA_MARKOV_PH_H
 #define VELMORA_MARKOV_PH_H
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/process.h"
 #include "numerics/matrix.h"
+#include "numerics/random.h"
 
 namespace velmora {
 
-class Rand;
 class Dist;
 class Config;
 class XMLConfig;
@@ -26,11 +27,6 @@ public:
     PH();
     // A column vector tau is transposed; no validity check.
     PH(Matrix T, Vector tau);
-    // A copy of an object with an initialised stream gets a stream of its
-    // own, a copy of the original's state: both continue with the same values.
-    PH(const PH& other);
-    PH& operator=(const PH& other);
-    ~PH() override;
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -75,7 +71,9 @@ public:
 protected:
     Matrix T;
     Vector tau;
-    Rand* rng;
+    // Empty until the first initRandomNumberGeneration. A copy gets a stream
+    // of its own in the original's state: both continue with the same values.
+    std::optional<Rand> rng;
 };
 
 }  // namespace velmora

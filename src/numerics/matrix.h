@@ -219,6 +219,19 @@ Vector operator+(double value, Vector v);
 Vector operator*(double factor, Vector v);
 Vector operator-(Vector v);
 
+// out = v P on raw rows, for v of P's row count and out of its column count:
+// every entry is summed from 0 over k in ascending order, v[0] P[0][j] +
+// v[1] P[1][j] + ..., which keeps the products of the likelihood and the
+// uniformization bit-identical wherever they are formed. out must not
+// overlap v; the rows of P are read through the checked row access.
+void row_times_matrix(const double* v, const Matrix& P, double* out);
+
+// A square matrix from blank-separated values written row after row, the
+// XML form of the Markovian models' matrices: the order is the integer part
+// of the square root of the count, and a count that is no square is refused
+// ("Invalid matrix dimensions.").
+Matrix square_matrix_from_list(const std::string& text);
+
 }  // namespace velmora
 
 #endif

@@ -1,8 +1,12 @@
 // Vector: a Matrix of one row or one column that remembers which of the two
-// it is. Single-index access goes through the checked Matrix access.
+// it is. Single-index access goes through the checked Matrix access. Also two
+// small routines shared by the Markovian models: the product of a raw row
+// with a matrix and the square matrix read from a flat list.
+#include <cmath>
 #include <utility>
 
 #include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
 #include "numerics/matrix.h"
 
 namespace velmora {
@@ -146,5 +150,25 @@ Vector operator+(double value, Vector v) { return v + value; }
 Vector operator*(double factor, Vector v) { return v * factor; }
 
 Vector operator-(Vector v) { return v * -1.0; }
+
+void row_times_matrix(const double* v, const Matrix& P, double* out) {
+    const unsigned n = P.getNumberRows();
+    const unsigned cols = P.getNumberCols();
+    for (unsigned j = 0; j < cols; j++) out[j] = 0.0;
+    for (unsigned k = 0; k < n; k++) {
+        const double x = v[k];
+        const double* row = P[k].data();
+        for (unsigned j = 0; j < cols; j++) out[j] += x * row[j];
+    }
+}
+
+Matrix square_matrix_from_list(const std::string& text) {
+    std::vector<std::string> pieces = splitString(text, ' ');
+    std::vector<double> values;
+    values.reserve(pieces.size());
+    for (const std::string& piece : pieces) values.push_back(toDouble(piece));
+    const unsigned order = static_cast<unsigned>(std::sqrt(static_cast<double>(values.size())));
+    return Matrix(values, order, order, true);
+}
 
 }  // namespace velmora

@@ -12,7 +12,6 @@
 #include "core/misc_string.h"
 #include "numerics/matrix.h"
 #include "numerics/misc_math.h"
-#include "numerics/random.h"
 
 namespace velmora {
 
@@ -35,9 +34,7 @@ void writeList(std::ostream& out, const std::vector<double>& values) {
 
 }  // namespace
 
-ARIMA::ARIMA()
-    : ar(), ma(), d(0.0), mean(0.0), intercept(0.0), variance(1.0), method(), rng(nullptr), arState(),
-      maState() {
+ARIMA::ARIMA() : d(0.0), mean(0.0), intercept(0.0), variance(1.0) {
     type = PROCESS_ARIMA;
     typeName = "ARIMA";
 }
@@ -45,7 +42,7 @@ ARIMA::ARIMA()
 ARIMA::ARIMA(std::vector<double> ar, std::vector<double> ma, double d, double mean, double variance,
              double intercept, std::string method)
     : ar(std::move(ar)), ma(std::move(ma)), d(d), mean(mean), intercept(intercept), variance(variance),
-      method(std::move(method)), rng(nullptr), arState(), maState() {
+      method(std::move(method)) {
     type = PROCESS_ARIMA;
     typeName = "ARIMA";
 }
@@ -55,33 +52,6 @@ ARIMA::ARIMA(std::string file, format f) : ARIMA() { load(file, f); }
 ARIMA::ARIMA(Config* config) : ARIMA() { load(config); }
 
 ARIMA::ARIMA(XMLConfig* document) : ARIMA() { load(document); }
-
-ARIMA::ARIMA(const ARIMA& other)
-    : Process(other), ar(other.ar), ma(other.ma), d(other.d), mean(other.mean), intercept(other.intercept),
-      variance(other.variance), method(other.method), rng(other.rng ? new Rand(*other.rng) : nullptr),
-      arState(other.arState), maState(other.maState) {}
-
-ARIMA& ARIMA::operator=(const ARIMA& other) {
-    if (this == &other) return *this;
-    Rand* copy = other.rng ? new Rand(*other.rng) : nullptr;
-    delete rng;
-    rng = copy;
-    type = other.type;
-    typeName = other.typeName;
-    rngInitialized = other.rngInitialized;
-    ar = other.ar;
-    ma = other.ma;
-    d = other.d;
-    mean = other.mean;
-    intercept = other.intercept;
-    variance = other.variance;
-    method = other.method;
-    arState = other.arState;
-    maState = other.maState;
-    return *this;
-}
-
-ARIMA::~ARIMA() { delete rng; }
 
 // The six model fields; the method text is kept, so a file without a method
 // key leaves the earlier one in place.

@@ -9,17 +9,18 @@
 #ifndef VELMORA_TIMESERIES_ARIMA_H
 #define VELMORA_TIMESERIES_ARIMA_H
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/process.h"
+#include "numerics/random.h"
 
 namespace velmora {
 
 class Config;
 class Matrix;
-class Rand;
 class Trace;
 class XMLConfig;
 class XMLElement;
@@ -33,10 +34,6 @@ public:
     ARIMA(std::string file, format f);
     explicit ARIMA(Config* config);
     explicit ARIMA(XMLConfig* document);
-    // A copy gets its own copy of the random stream and of the generator state.
-    ARIMA(const ARIMA& other);
-    ARIMA& operator=(const ARIMA& other);
-    ~ARIMA() override;
 
     std::string getProcessDescription() override;
     void load(std::string file, format f) override;
@@ -111,7 +108,9 @@ private:
     double intercept;
     double variance;
     std::string method;
-    Rand* rng;
+    // Empty until the first initRandomNumberGeneration; a copy gets its own
+    // copy of the stream and of the generator state below.
+    std::optional<Rand> rng;
     std::vector<double> arState;  // newest first
     std::vector<double> maState;  // newest first
 };

@@ -199,17 +199,15 @@ std::vector<double> ARIMA::initMA(Rand* stream) {
 void ARIMA::initRandomNumberGeneration(unsigned seed) {
     if (d != 0) throw Exception("arima", __LINE__, "Random Number Generation only supported for ARMA models.");
     rngInitialized = true;
-    delete rng;
-    rng = nullptr;
-    rng = new Rand(seed);
+    rng.emplace(seed);
     arState.clear();
-    arState = initAR(rng);
+    arState = initAR(&*rng);
     maState.clear();
-    maState = initMA(rng);
+    maState = initMA(&*rng);
 }
 
 double ARIMA::getNextRandomVariate() {
-    if (!rngInitialized || rng == nullptr)
+    if (!rngInitialized || !rng)
         throw Exception("arima", __LINE__, "Initialize Random Number Generation first.");
     const double sigma = std::sqrt(variance);
     const double mu = processMean();

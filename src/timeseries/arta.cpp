@@ -32,72 +32,40 @@ void writeList(std::ostream& out, const std::vector<double>& values) {
 
 }  // namespace
 
-ARTA::ARTA(std::string file, format f) : base(new ARIMA()), marginal(nullptr) {
+ARTA::ARTA(std::string file, format f) : base(std::make_unique<ARIMA>()) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    try {
-        load(file, f);
-    } catch (...) {
-        releaseParts();
-        throw;
-    }
+    load(file, f);
 }
 
-ARTA::ARTA(Config* config) : base(new ARIMA()), marginal(nullptr) {
+ARTA::ARTA(Config* config) : base(std::make_unique<ARIMA>()) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    try {
-        load(config);
-    } catch (...) {
-        releaseParts();
-        throw;
-    }
+    load(config);
 }
 
-ARTA::ARTA(XMLConfig* document) : base(new ARIMA()), marginal(nullptr) {
+ARTA::ARTA(XMLConfig* document) : base(std::make_unique<ARIMA>()) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    try {
-        load(document);
-    } catch (...) {
-        releaseParts();
-        throw;
-    }
+    load(document);
 }
 
 ARTA::ARTA(Dist* marginal, std::vector<double> ar, double mean, double stddev)
     : ARTA(marginal, std::move(ar), std::vector<double>(), mean, stddev) {}
 
 ARTA::ARTA(Dist* marginal, std::vector<double> ar, std::vector<double> ma, double mean, double stddev)
-    : base(nullptr), marginal(marginal) {
+    : marginal(marginal) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    try {
-        base = new ARIMA(std::move(ar), std::move(ma), 0.0, mean, stddev * stddev, 0.0, "unknown");
-        normaliseBase();
-    } catch (...) {
-        releaseParts();
-        throw;
-    }
+    base = std::make_unique<ARIMA>(std::move(ar), std::move(ma), 0.0, mean, stddev * stddev, 0.0, "unknown");
+    normaliseBase();
 }
 
-ARTA::~ARTA() { releaseParts(); }
-
-// A constructor that throws runs no destructor, so it releases the parts
-// itself before passing the failure on.
-void ARTA::releaseParts() {
-    delete base;
-    base = nullptr;
-    delete marginal;
-    marginal = nullptr;
-}
+ARTA::~ARTA() = default;
 
 void ARTA::resetParts() {
-    delete marginal;
-    marginal = nullptr;
-    ARIMA* fresh = new ARIMA();
-    delete base;
-    base = fresh;
+    marginal.reset();
+    base = std::make_unique<ARIMA>();
 }
 
 void ARTA::normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
@@ -106,18 +74,14 @@ void ARTA::normaliseBase() { base->setVariance(base->getVariance() / base->getAu
 // model without "distribution") with this message instead of failing on a
 // null pointer.
 Dist* ARTA::requireMarginal() const {
-    if (marginal == nullptr) throw Exception("arta", __LINE__, "No marginal distribution.");
-    return marginal;
+    if (!marginal) throw Exception("arta", __LINE__, "No marginal distribution.");
+    return marginal.get();
 }
 
-ARIMA* ARTA::getBaseProcess() { return base; }
-Dist* ARTA::getDistribution() { return marginal; }
+ARIMA* ARTA::getBaseProcess() { return base.get(); }
+Dist* ARTA::getDistribution() { return marginal.get(); }
 
-Dist* ARTA::releaseDistribution() {
-    Dist* d = marginal;
-    marginal = nullptr;
-    return d;
-}
+Dist* ARTA::releaseDistribution() { return marginal.release(); }
 
 std::vector<unsigned> ARTA::getOrder() const {
     return {static_cast<unsigned>(base->getARCoefficients().size()),
@@ -139,7 +103,7 @@ void ARTA::save(std::string file, format f) { saveProcessFile(*this, file, f, "a
 
 void ARTA::load(Config* config) {
     resetParts();
-    marginal = loadDistribution(config);
+    marginal.reset(loadDistribution(config));
     if (config->existsKey("model") && config->getValue("model") != "arta")
         throw Exception("arta", __LINE__, "Not an ARTA model.");
     // Unlike the ARIMA reader, a single 0 is one coefficient of value 0.
@@ -166,7 +130,7 @@ void ARTA::load(XMLElement* element) {
     base->load(arima);
     XMLElement* dist = element->getChildElement("dist");
     if (dist == nullptr) throw Exception("arta", __LINE__, "Invalid ARTA model.");
-    marginal = loadDistribution(dist);
+    marginal.reset(loadDistribution(dist));
     normaliseBase();
 }
 

@@ -7,6 +7,7 @@
 #ifndef VELMORA_TIMESERIES_ARTA_H
 #define VELMORA_TIMESERIES_ARTA_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ public:
     // the process.
     ARTA(const ARTA&) = delete;
     ARTA& operator=(const ARTA&) = delete;
+    // Defaulted where ARIMA and Dist are complete.
     ~ARTA() override;
 
     std::string getProcessDescription() override;
@@ -71,14 +73,13 @@ public:
 private:
     // Drops the marginal and puts a default ARIMA in place of the base.
     void resetParts();
-    void releaseParts();
     // Divides the white-noise variance by gamma(0), giving process variance 1.
     void normaliseBase();
     // The marginal, or an exception when none has been loaded.
     Dist* requireMarginal() const;
 
-    ARIMA* base;
-    Dist* marginal;
+    std::unique_ptr<ARIMA> base;
+    std::unique_ptr<Dist> marginal;
 };
 
 // Autocorrelations of the transformed process for the base autocorrelations

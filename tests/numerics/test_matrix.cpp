@@ -171,6 +171,24 @@ TEST(Matrix, WholeMatrixOperationsAndPowers) {
     EXPECT_EQ(p.inverse(), Matrix({{1, -1}, {-1, 2}}));
 }
 
+TEST(Matrix, RowTimesMatrixSumsInAscendingOrder) {
+    struct Case {
+        std::vector<double> v;
+        Matrix P;
+        std::vector<double> expected;
+    } cases[] = {
+        {{1, 2}, Matrix({{3, 4}, {5, 6}}), {13, 16}},
+        {{2}, Matrix({{1, -1, 0.5}}), {2, -2, 1}},
+        // (1 + 1e16) - 1e16 in this order loses the 1; the reverse order keeps it.
+        {{1, 1e16, -1e16}, Matrix({{1}, {1}, {1}}), {0}},
+    };
+    for (const Case& c : cases) {
+        std::vector<double> out(c.expected.size(), -7.0);
+        row_times_matrix(c.v.data(), c.P, out.data());
+        EXPECT_EQ(out, c.expected);
+    }
+}
+
 TEST(Vector, OrientationSingleIndexAccessAndArithmeticWithMatricesAndVectors) {
     EXPECT_EQ(Vector(3, true, VECTOR_ONES).toMatrix(), Matrix({{1, 1, 1}}));
     Vector col({1, 2, 3}, false);
