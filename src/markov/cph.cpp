@@ -145,8 +145,8 @@ double CPH::getNextRandomVariate() {
     const double tau0 = getTau0();
     if (tau0 >= u) return 0.0;
     // Rounding that keeps every running sum below u starts in phase 0.
-    const std::vector<double> start = tau.asVector();
-    unsigned c = static_cast<unsigned>(first_index_reaching(start.data(), m, u, tau0));
+    const Vector& start = tau;
+    unsigned c = static_cast<unsigned>(first_index_reaching([&start](std::size_t i) { return start(i); }, m, u, tau0));
     if (c == m) c = 0;
 
     if (c >= n) throw Exception("cph", __LINE__, "Invalid matrix dimensions.");
