@@ -81,8 +81,6 @@ Trace::Trace(Config* config) : position(0) {
     load(config);
 }
 
-Trace::~Trace() {}
-
 void Trace::load(std::string file, bool traceFormat) {
     values.clear();
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(file.c_str(), "rb"), &std::fclose);

@@ -21,7 +21,7 @@ public:
     explicit Trace(std::vector<double> values);
     Trace(std::string file, bool traceFormat);
     explicit Trace(Config* config);
-    ~Trace() override;
+    ~Trace() override = default;
 
     // Storage and files. traceFormat true is the counted layout.
     void load(std::string file, bool traceFormat);
