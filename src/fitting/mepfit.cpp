@@ -154,6 +154,7 @@ Matrix* mapfit_construct_matrix_nm(Matrix T, Vector tau) {
 
 Matrix* mapfit_construct_matrix_nm(Matrix T, Vector tau, Matrix D1) {
     checkPhaseType(T, tau);
+    if (!tau.isRowVector()) tau = tau.transpose();
     const unsigned n = T.getNumberRows();
     if (D1.getNumberRows() != n || D1.getNumberCols() != n || !allFinite(D1))
         fail(__LINE__, "Invalid matrix D1 for MAP fitting.");
