@@ -19,6 +19,7 @@
 #include "numerics/misc_numerical.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/misc_optim.h"
+#include "numerics/misc_optim_simplex.h"
 #include "numerics/misc_sort.h"
 #include "numerics/misc_util.h"
 #include "numerics/random.h"
@@ -51,9 +52,11 @@
 #include "markov/cph_randomization.h"
 #include "markov/maps.h"
 #include "markov/mep.h"
+#include "markov/mep_structs.h"
 #include "markov/ph.h"
 
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
+#include "fitting/mepfit.h"
 
 #endif
