@@ -54,4 +54,6 @@
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
 
+#include "reporting/plotter.h"
+
 #endif
