@@ -103,7 +103,7 @@ Plotter::ProcessList Plotter::completeNames(ProcessList list) {
         std::string name = list[i].second;
         if (name.empty()) {
             if (process == nullptr)
-                throw Exception("plotter", __LINE__, "Entry " + toString(static_cast<unsigned>(i)) + " has no process.");
+                throw Exception("plotter", __LINE__, "Entry " + std::to_string(i) + " has no process.");
             name = process->getProcessDescription();
             if (process->getProcessType() == PROCESS_TRACE) name += std::to_string(i);
         }
