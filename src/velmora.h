@@ -59,4 +59,6 @@
 #include "fitting/artafit.h"
 #include "fitting/mepfit.h"
 
+#include "reporting/plotter.h"
+
 #endif
