@@ -31,9 +31,12 @@
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exponential.h"
 #include "distributions/dist_gamma.h"
+#include "distributions/dist_geometric.h"
 #include "distributions/dist_hypererlang.h"
 #include "distributions/dist_hyperexponential.h"
 #include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_hypogeometric.h"
+#include "distributions/dist_johnson.h"
 #include "distributions/dist_load.h"
 #include "distributions/dist_lognormal.h"
 #include "distributions/dist_normal.h"
@@ -60,5 +63,7 @@
 #include "fitting/mepfit.h"
 
 #include "reporting/plotter.h"
+
+#include "reporting/import_export.h"
 
 #endif

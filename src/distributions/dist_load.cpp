@@ -3,9 +3,6 @@
 // which live beside the family's writer. The key-value reader finds the row by
 // the type name; the XML reader looks for the tags of the rows that have one,
 // in the rows' order, and the first tag present decides.
-//
-// The Johnson, geometric and hypo-geometric families are not part of the
-// toolkit yet: their rows are refused with an exception until they are.
 #include "distributions/dist_load.h"
 
 #include <string>
@@ -18,9 +15,12 @@
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exponential.h"
 #include "distributions/dist_gamma.h"
+#include "distributions/dist_geometric.h"
 #include "distributions/dist_hypererlang.h"
 #include "distributions/dist_hyperexponential.h"
 #include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_hypogeometric.h"
+#include "distributions/dist_johnson.h"
 #include "distributions/dist_lognormal.h"
 #include "distributions/dist_normal.h"
 #include "distributions/dist_pearsonv.h"
@@ -33,8 +33,8 @@ namespace velmora {
 
 namespace {
 
-// A family's readers; a null reader is a form the family has no reader for
-// yet, and a null tag keeps the XML reader from looking for the family.
+// A family's readers; a null tag keeps the XML reader from looking for the
+// family, which then has no XML reader.
 struct FamilyReaders {
     dist_type type;
     const char* tag;
@@ -48,9 +48,7 @@ const FamilyReaders families[] = {
     {DIST_EXPONENTIAL, "expodist", Exponential::fromConfig, Exponential::fromXML},
     {DIST_NORMAL, "normaldist", Normal::fromConfig, Normal::fromXML},
     {DIST_LOGNORMAL, "lognormaldist", Lognormal::fromConfig, Lognormal::fromXML},
-    // Keys johnson (SB), gamma, delta, lambda, xi (1 each), and tags type
-    // (SB), shape1, shape2, location, scale (1 each), once the family exists.
-    {DIST_JOHNSON, "johnsondist", nullptr, nullptr},
+    {DIST_JOHNSON, "johnsondist", Johnson::fromConfig, Johnson::fromXML},
     {DIST_ERLANG, "erlangdist", Erlang::fromConfig, Erlang::fromXML},
     {DIST_HYPEREXPONENTIAL, nullptr, HyperExponential::fromConfig, nullptr},
     {DIST_HYPOEXPONENTIAL, nullptr, HypoExponential::fromConfig, nullptr},
@@ -60,17 +58,11 @@ const FamilyReaders families[] = {
     {DIST_BETA, nullptr, Beta::fromConfig, nullptr},
     {DIST_PEARSONV, nullptr, PearsonV::fromConfig, nullptr},
     {DIST_PEARSONVI, nullptr, PearsonVI::fromConfig, nullptr},
-    // Key p (0.5) once the family exists.
-    {DIST_GEOMETRIC, nullptr, nullptr, nullptr},
-    // Key p, a list, once the family exists.
-    {DIST_HYPOGEOMETRIC, nullptr, nullptr, nullptr},
+    {DIST_GEOMETRIC, nullptr, Geometric::fromConfig, nullptr},
+    {DIST_HYPOGEOMETRIC, nullptr, HypoGeometric::fromConfig, nullptr},
     {DIST_TRIANGULAR, "triangulardist", Triangular::fromConfig, Triangular::fromXML},
     {DIST_CHISQUARE, "chisquaredist", ChiSquare::fromConfig, ChiSquare::fromXML},
 };
-
-[[noreturn]] void notAvailable(int line, dist_type type) {
-    throw Exception("dist", line, "Distribution family " + Dist::getDistType(type) + " is not available yet.");
-}
 
 }  // namespace
 
@@ -79,7 +71,6 @@ Dist* loadDistribution(Config* c) {
     const dist_type type = Dist::getDistType(c->getValue("distribution"));
     for (const FamilyReaders& family : families) {
         if (family.type != type) continue;
-        if (family.fromConfig == nullptr) notAvailable(__LINE__, type);
         return family.fromConfig(c);
     }
     throw Exception("dist", __LINE__, "Unknown distribution");
@@ -98,7 +89,6 @@ Dist* loadDistribution(XMLElement* e) {
         if (family.tag == nullptr) continue;
         XMLElement* element = e->getChildElement(family.tag);
         if (element == nullptr) continue;
-        if (family.fromXML == nullptr) notAvailable(__LINE__, family.type);
         return family.fromXML(element);
     }
     throw Exception("dist", __LINE__, "Unsupported distribution.");

@@ -18,6 +18,8 @@ namespace velmora {
 
 class Matrix;
 class Vector;
+// The families of the Johnson translation system, defined with them.
+enum dist_johnson_family : int;
 
 // MT19937 with the state layout, seeding and tempering of the reference code:
 // seed 5489 gives 3499211612 first, the key {0x123, 0x234, 0x345, 0x456}
@@ -116,6 +118,11 @@ public:
     // The number of trials up to and including the first success.
     double geometric(double p);
     double hypogeometric(const std::vector<double>& probabilities);
+    // One draw carried through the Johnson quantile of the family, with no
+    // check of its own. Defined beside that quantile in
+    // distributions/dist_johnson.cpp, so that this layer includes nothing
+    // from the families.
+    double johnson(dist_johnson_family family, double gamma, double delta, double lambda, double xi);
     double chi2(unsigned n);
 
 private:

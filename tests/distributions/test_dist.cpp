@@ -9,9 +9,12 @@
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exponential.h"
 #include "distributions/dist_gamma.h"
+#include "distributions/dist_geometric.h"
 #include "distributions/dist_hypererlang.h"
 #include "distributions/dist_hyperexponential.h"
 #include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_hypogeometric.h"
+#include "distributions/dist_johnson.h"
 #include "distributions/dist_lognormal.h"
 #include "distributions/dist_normal.h"
 #include "distributions/dist_pearsonv.h"
@@ -86,10 +89,23 @@ TEST(DistText, EveryFamilyWritesBothLayoutsToTheCharacterAndReadsThemBack) {
          "prob = 0.300000 0.700000 \n",
          "<hypererlangdist>\n<prob>0.300000 0.700000 </prob>\n<phases>2 1 </phases>\n"
          "<rates>1.000000 5.000000 </rates>\n</hypererlangdist>\n", READ},
+        // Location and scale differ, so a swap would show.
+        {std::make_shared<Johnson>(0.5, 1.25, 3, -1, JOHNSON_SB),
+         "distribution = johnson\njohnson = SB\ngamma = 0.500000\ndelta = 1.250000\nlambda = 3.000000\n"
+         "xi = -1.000000\n",
+         "<johnsondist>\n<type>SB</type>\n<shape1>0.500000</shape1>\n<shape2>1.250000</shape2>\n"
+         "<location>-1.000000</location>\n<scale>3.000000</scale>\n</johnsondist>\n", READ},
+        {std::make_shared<Geometric>(0.3), "distribution = geometric\np = 0.300000\n",
+         "<geometric>\n<p>0.300000</p>\n</geometric>\n", WRITTEN},
+        {std::make_shared<HypoGeometric>(V{0.5, 0.25}),
+         "distribution = hypogeometric\nphases = 2\np = 0.500000 0.250000 \n", "", NONE},
     };
-    const std::string unsupported = "Output format not supported by Dists.";
+    ASSERT_EQ(cases.size(), 19u);
     for (const Case& c : cases) {
         std::string name = Dist::getDistType(c.dist->getType()), xml = "<dist>\n" + c.xml + "</dist>\n";
+        const std::string unsupported = c.dist->getType() == DIST_HYPOGEOMETRIC
+                                            ? "Output format not supported."
+                                            : "Output format not supported by Dists.";
         EXPECT_EQ(c.dist->toString(FORMAT_CONFIG), c.keyValue) << name;
         disttest::expectSame(disttest::readConfig(c.keyValue).get(), c.dist.get(), name);
         EXPECT_EQ(failure([&] { c.dist->toString(static_cast<format>(2)); }), unsupported) << name;
@@ -112,6 +128,8 @@ TEST(DistChecks, InvalidParametersAndMissingOperationsThrowTheFamilyMessage) {
     const std::string gamma = "Invalid parameters for gamma distribution.";
     const std::string badP = "Invalid value for inverse cdf.";
     const std::string weibull = "Invalid parameter for weibull distribution";
+    const std::string geometric = "Invalid parameter for Geometric distribution.";
+    const std::string hypoGeometric = "Invalid parameter for HypoGeometric distribution.";
     // One row per guard: the statics share the family's check unless their message differs.
     const std::vector<Case> cases = {
         // Constructors run paramCheck.
@@ -124,6 +142,10 @@ TEST(DistChecks, InvalidParametersAndMissingOperationsThrowTheFamilyMessage) {
         {[] { Beta(1, 0); }, "Invalid parameter for beta distribution"},
         {[] { PearsonV(0, 1); }, "Invalid parameters for Pearson V distribution."},
         {[] { PearsonVI(1, 1, 0); }, "Invalid parameters for Pearson VI distribution."},
+        // p = 0 and 1 pass; a NaN is refused like a value outside [0, 1].
+        {[] { Geometric(1.5); }, geometric}, {[] { Geometric(-0.1); }, geometric},
+        {[] { Geometric(std::nan("")); }, geometric},
+        {[] { HypoGeometric({0.5, -1}); }, hypoGeometric}, {[] { HypoGeometric({std::nan(""), 0.5}); }, hypoGeometric},
         // The statics check by themselves, not always as paramCheck does.
         {[] { Uniform::uniform_pdf(0.5, 2, 1); }, range}, {[] { Uniform::uniform_stats(-1, 1, 0); }, range},
         {[] { Weibull::weibull_pdf(1, -1, 1); }, "Invalid parameter for Weibull distribution."},
@@ -158,6 +180,7 @@ TEST(DistChecks, BoundaryParametersAreAcceptedAndFailedSettersKeepTheirValue) {
     Triangular t(0, 2, 1);
     EXPECT_EQ(failure([&] { t.setC(3); }), "Invalid parameters for triangular distribution.");
     EXPECT_EQ(t.getC(), 3);
+    EXPECT_NO_THROW(Geometric(0).setP(1));
 }
 
 TEST(DistStream, UnseededObjectsDifferAndCopiesContinueTheSourceSequenceOnTheirOwnStream) {

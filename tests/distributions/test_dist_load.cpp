@@ -9,6 +9,8 @@
 #include "distributions/dist_hypererlang.h"
 #include "distributions/dist_hyperexponential.h"
 #include "distributions/dist_hypoexponential.h"
+#include "distributions/dist_johnson.h"
+#include "distributions/dist_geometric.h"
 #include "distributions/dist_load.h"
 #include "distributions/dist_normal.h"
 #include "distributions/dist_triangular.h"
@@ -46,6 +48,11 @@ TEST(DistLoad, ReadersTakeDefaultsUnitsAndListsOfTheirFamilyOnly) {
         // The standard deviation in the XML form; the exponential's mean defaults to 1.
         {true, "<normaldist><std>4</std></normaldist>", make_shared<Normal>(0.0, 4.0)},
         {true, "<expodist></expodist>", make_shared<Exponential>(1.0)},
+        // The Johnson defaults: SB with all four numbers 1; the scale is lambda.
+        {false, "johnson\n", make_shared<Johnson>(1, 1, 1, 1, JOHNSON_SB)},
+        {true, "<johnsondist><type>SU</type><scale>2</scale></johnsondist>",
+         make_shared<Johnson>(1, 1, 2, 1, JOHNSON_SU)},
+        {false, "geometric\n", make_shared<Geometric>(0.5)},
         // The order of the reader's list decides, not the document's.
         {true, "<gammadist></gammadist><uniformdist><b>2</b></uniformdist>", make_shared<Uniform>(0.0, 2.0)},
     };
@@ -56,7 +63,7 @@ TEST(DistLoad, EveryFaultHasItsMessage) {
     const char* notDist = "Not a distribution.";
     const char* hyperExpSum = "Sum of initial probabilities for Hyper-Exponential must equal 1.";
     const char* hyperErlDims = "Dimensions for Hyper-Erlang vectors do not match.";
-    const char* johnson = "Distribution family johnson is not available yet.";
+    const char* johnson = "Unknown type of Johnson distribution.";
     struct Case { bool xml; const char* text; const char* message; } cases[] = {
         {false, "Normal\n", "Unknown distribution"},
         {false, "hyperexponential\nphases = 2\nprob = 0.5 0.6\nrates = 1 2\n", hyperExpSum},
@@ -72,11 +79,13 @@ TEST(DistLoad, EveryFaultHasItsMessage) {
         {false, "hypererlang\nphases = 1 1000001\nrates = 1 2\nprob = 0.5 0.5\n",
          "Number of phases above the limit of 1000000."},
         {true, "<erlangdist><phases>2147483647</phases></erlangdist>", "Number of phases above the limit of 1000000."},
-        {false, "johnson\n", johnson},
-        {false, "geometric\np = 0.3\n", "Distribution family geometric is not available yet."},
-        {false, "hypogeometric\np = 0.3 0.5\n", "Distribution family hypogeometric is not available yet."},
+        {false, "johnson\njohnson = sb\n", johnson},
+        {false, "geometric\np = 1.5\n", "Invalid parameter for Geometric distribution."},
+        {false, "hypogeometric\np = 0.3 -0.5\n", "Invalid parameter for HypoGeometric distribution."},
         {true, "", "Unsupported distribution."},
-        {true, "<johnsondist><type>SU</type></johnsondist>", johnson},
+        {true, "<johnsondist><type>SX</type></johnsondist>", johnson},
+        // Written, but not looked for by the XML reader.
+        {true, "<geometric><p>0.5</p></geometric>", "Unsupported distribution."},
         // The XML form admits no slack in the sum.
         {true, "<hypererlangdist><prob>0.4 0.5</prob><phases>1 1</phases><rates>1 2</rates></hypererlangdist>",
          "Sum of initial probabilities for Hyper-Erlang must equal 1."},
