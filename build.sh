@@ -6,6 +6,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 packages="cmake ninja-build g++ libgtest-dev libbenchmark-dev gnuplot-nox"
+# The install test builds examples/consumer with pkg-config's flags as well.
+packages="$packages pkg-config"
 missing=""
 for p in $packages; do
     dpkg -s "$p" >/dev/null 2>&1 || missing="$missing $p"
