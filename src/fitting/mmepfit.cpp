@@ -234,7 +234,8 @@ double mmep_to_mmap_nm_goalfunc(std::vector<double> x) {
     const std::vector<Matrix>& mmep = mmep_to_mmap_nm_goalfunc_mmep;
     if (mmep.size() < 3) fail(__LINE__, "No MMAP fit in progress.");
     const unsigned n = mmep[0].getNumberRows();
-    if (x.size() != static_cast<std::size_t>(n) * (n - 1)) fail(__LINE__, "Invalid number of variables for MMAP fitting.");
+    if (x.size() != static_cast<std::size_t>(n) * (n - 1))
+        fail(__LINE__, "Invalid number of variables for MMAP fitting.");
     const std::vector<Matrix> D = processMatrices(mmep, mmep.size() - 3, matrixQ(x, n));
     double negative = 0.0;
     for (unsigned i = 0; i < n; ++i)

@@ -95,9 +95,8 @@ void MCTrace::load(std::string file, bool binary) {
         }
         ::close(fd);
         if (got > 0)
-            libvelmora_warning("trace_mc", __LINE__,
-                               "Incomplete record of " + toString(static_cast<unsigned>(got)) + " bytes at the end of " +
-                                   file + " dropped.");
+            libvelmora_warning("trace_mc", __LINE__, "Incomplete record of " + toString(static_cast<unsigned>(got)) +
+                                                         " bytes at the end of " + file + " dropped.");
         return;
     }
 
