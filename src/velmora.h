@@ -10,6 +10,7 @@
 #include "config/conf.h"
 
 #include "traces/trace.h"
+#include "traces/trace_mc.h"
 #include "traces/trace_summary.h"
 
 #include "numerics/jump_chain.h"
@@ -61,6 +62,7 @@
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
 #include "fitting/mepfit.h"
+#include "fitting/mmepfit.h"
 
 #include "reporting/plotter.h"
 
