@@ -95,12 +95,13 @@ public:
     // Every path is stored with its whole rate list, and a dense chain of
     // order n has 2^n - 1 paths: the enumeration stops with an Exception once
     // it holds more paths than this. The limit lets every acyclic chain up to
-    // order 16 through.
-    static constexpr std::size_t path_limit = 65535;
+    // order 12 through; a CAPP on 4095 paths already needs about 8 million
+    // bivariate normal probabilities per lag of its correlation.
+    static constexpr std::size_t path_limit = 4095;
     // The work list of the canonical form grows about as 4^n for a dense
     // chain of n distinct rates (742 899 entries at order 12, 2 674 439 at
     // order 13); beyond this many entries, a few hundred megabytes, the form
-    // stops with an Exception.
+    // stops with an Exception. Order 12 passes here as well.
     static constexpr std::size_t canonical_form_limit = std::size_t(1) << 21;
 };
 
