@@ -81,7 +81,8 @@ void capp::init() {
     normaliseBase();
     clearPaths();
     paths = requireMarginal()->generatePaths();
-    for (const std::pair<double, HypoExponential*>& path : paths) pathMeans.push_back(path.second->getProperties(0).mean);
+    for (const std::pair<double, HypoExponential*>& path : paths)
+        pathMeans.push_back(path.second->getProperties(0).mean);
 }
 
 ARIMA* capp::getBaseProcess() { return base.get(); }

@@ -86,7 +86,8 @@ TEST(CPHPaths, CanonicalFormKeepsTheMoments) {
         CPH c(T, tau), cf = c.seriesCanonicalForm();
         EXPECT_TRUE(cf.hasSeriesCF()) << k;
         std::vector<double> expected = c.getMoments(1, 5), got = cf.getMoments(1, 5);
-        for (unsigned i = 0; i < 5; i++) EXPECT_NEAR(got[i], expected[i], 1e-12 * expected[i]) << k << " moment " << i + 1;
+        for (unsigned i = 0; i < 5; i++)
+            EXPECT_NEAR(got[i], expected[i], 1e-12 * expected[i]) << k << " moment " << i + 1;
     }
 }
 
