@@ -52,6 +52,7 @@
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
 
+#include "markov/capp.h"
 #include "markov/cph.h"
 #include "markov/cph_randomization.h"
 #include "markov/maps.h"

@@ -5,6 +5,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/process.h"
 #include "distributions/dist_process.h"
+#include "markov/capp.h"
 #include "markov/cph.h"
 #include "markov/maps.h"
 #include "markov/mep.h"
@@ -19,12 +20,13 @@ namespace {
 Exception errorLoadingModel(int line) { return Exception("process", line, "Error loading model."); }
 
 // Builds the model class that a factory tag or model name stands for; null
-// where the class is not part of the library yet (chep, capp).
+// where the class is not part of the library yet (chep).
 Process* buildFromXML(const std::string& tag, XMLConfig* document) {
     if (tag == "ph") return new CPH(document);
     if (tag == "map") return new MAP(document);
     if (tag == "arima") return new ARIMA(document);
     if (tag == "arta") return new ARTA(document);
+    if (tag == "capp") return new capp(document);
     if (tag == "dist") return new DistProcess(document);
     return nullptr;
 }
@@ -37,6 +39,7 @@ Process* buildFromConfig(const std::string& model, Config* config) {
     if (model == "f-arima") return new ARIMA(config);
     if (model == "trace") return new Trace(config);
     if (model == "distribution") return new DistProcess(config);
+    if (model == "capp") return new capp(config);
     return nullptr;
 }
 

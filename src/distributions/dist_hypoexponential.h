@@ -17,6 +17,8 @@ public:
 
     unsigned getPhases() const;
     std::vector<double> getRates() const;
+    // The rates without a copy, for generators that draw from a path per value.
+    const std::vector<double>& getRateList() const { return rates; }
     void setRates(std::vector<double> rates);
 
     double generateVariate() override;

@@ -43,6 +43,9 @@ double mvbvu(double sh, double sk, double r);
 // [lower, inf), 2 for [lower, upper]; other codes give 1.
 double mvbvn(std::vector<double> lower, std::vector<double> upper, std::vector<int> infin,
              double correl);
+// The same on plain pairs, without building lists: for sums over many
+// rectangles.
+double mvbvn(const double lower[2], const double upper[2], const int infin[2], double correl);
 
 }  // namespace velmora
 

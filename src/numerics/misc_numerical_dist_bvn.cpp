@@ -161,6 +161,10 @@ double mvbvn(std::vector<double> lower, std::vector<double> upper, std::vector<i
     if (lower.size() < 2 || upper.size() < 2 || infin.size() < 2)
         throw Exception("misc_numerical_dist", __LINE__,
                         "mvbvn needs two limits and two limit types.");
+    return mvbvn(lower.data(), upper.data(), infin.data(), correl);
+}
+
+double mvbvn(const double lower[2], const double upper[2], const int infin[2], double correl) {
     const double l1 = lower[0], l2 = lower[1];
     const double u1 = upper[0], u2 = upper[1];
     const int i1 = infin[0], i2 = infin[1];
