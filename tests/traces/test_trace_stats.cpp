@@ -1,6 +1,4 @@
-// Sample statistics of a trace against figures computed independently with
-// numpy on the same twenty values, the empirical distribution grid, the
-// summary text and the target files of the fitters.
+// Sample statistics against numpy on the same twenty values, the empirical grid, the summary, the fitters' targets.
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -15,14 +13,11 @@ using velmora::Trace;
 using namespace trace_test;
 
 namespace {
-
 // Twenty exponential draws with six significant digits.
 const std::vector<double> SAMPLE = {1.36861, 3.60529, 0.948984, 1.16564, 4.43904, 5.38815,  8.24903,
                                     0.135134, 0.91128, 2.04891, 4.85969, 0.212862, 1.46996, 0.764582,
                                     8.56187,  1.63337, 0.564405, 2.19458, 0.419506, 0.471151};
-
 velmora::Matrix row(const std::vector<double>& v) { return velmora::Matrix(v, velmora::MATRIX_ROW); }
-
 }  // namespace
 
 TEST(TraceStatistics, AgreeWithNumpy) {
@@ -70,16 +65,14 @@ TEST(TraceStatistics, DegenerateTracesAndBadRanges) {
     EXPECT_EQ(constant.getVariance(), 0.0);
     EXPECT_TRUE(std::isnan(constant.getAutocorrelations(1, 1)[0]));
 
-    Trace mixed(std::vector<double>{-3.0, 0.5, -0.25});
-    EXPECT_EQ(mixed.getSmallestValue(), -3.0);
-    EXPECT_EQ(mixed.getLargestValue(), 0.5);
-    EXPECT_EQ(mixed.getSmallestValueAbs(), 0.25);
-    EXPECT_EQ(mixed.getLargestValueAbs(), 3.0);
-
-    Trace empty;
-    for (auto f : {&Trace::getSmallestValue, &Trace::getLargestValue, &Trace::getSmallestValueAbs,
-                   &Trace::getLargestValueAbs})
-        EXPECT_EQ(failureOf([&] { (empty.*f)(); }), "trace: Invalid trace element.");
+    Trace mixed(std::vector<double>{-3.0, 0.5, -0.25}), empty;
+    const std::pair<double (Trace::*)() const, double> extremes[] = {
+        {&Trace::getSmallestValue, -3.0}, {&Trace::getLargestValue, 0.5},
+        {&Trace::getSmallestValueAbs, 0.25}, {&Trace::getLargestValueAbs, 3.0}};
+    for (const auto& e : extremes) {
+        EXPECT_EQ((mixed.*e.first)(), e.second);
+        EXPECT_EQ(failureOf([&] { (empty.*e.first)(); }), "trace: Invalid trace element.");
+    }
     EXPECT_EQ(failureOf([&] { empty.getSummary(); }), "trace: Invalid trace element.");
     EXPECT_TRUE(std::isnan(empty.getMoments(1)[1]));
 }
@@ -118,9 +111,7 @@ TEST(TraceStatistics, DistributionGridIsAnchoredAtMultiplesOfTheWidth) {
         Trace trace(c.values);
         Distribution d = trace.computeDistribution(c.lower, c.upper, c.width);
         std::size_t b = c.cdf.size() - 1;
-        ASSERT_EQ(d.cdf.size(), b + 1);
-        ASSERT_EQ(d.ccdf.size(), b + 1);
-        ASSERT_EQ(d.pdf.size(), 2 * b + 1);
+        ASSERT_TRUE(d.cdf.size() == b + 1 && d.ccdf.size() == b + 1 && d.pdf.size() == 2 * b + 1);
         for (std::size_t i = 0; i <= b; ++i) {
             EXPECT_NEAR(d.cdf[i].second, c.cdf[i], 1e-15) << i;
             EXPECT_NEAR(d.ccdf[i].second, 1 - c.cdf[i], 1e-15) << i;
@@ -170,10 +161,7 @@ TEST(TraceStatistics, SummaryFiguresAreTheSingleStatisticsToTheLastBit) {
     std::lognormal_distribution<double> spread(0.0, 1.5);
     std::vector<double> wide(5000);
     for (double& v : wide) v = spread(engine) - 2;
-    struct Case {
-        std::vector<double> values;
-        unsigned moments, joint, lags;
-    };
+    struct Case { std::vector<double> values; unsigned moments, joint, lags; };
     const Case cases[] = {{SAMPLE, 5, 3, 5}, {wide, 5, 3, 5}, {wide, 2, 4, 1}, {{1.0, 2.0, 4.0}, 5, 3, 5},
                            {{2.759, 2.759}, 2, 2, 1}};
     for (const Case& c : cases) {
@@ -185,8 +173,7 @@ TEST(TraceStatistics, SummaryFiguresAreTheSingleStatisticsToTheLastBit) {
         EXPECT_EQ(f.moments, trace.getMoments(c.moments));
         EXPECT_TRUE(sameBits(f.variance, trace.getVariance()));
         EXPECT_TRUE(f.jointMoments == trace.getJointMoments(0, c.joint));
-        ASSERT_EQ(f.autocovariances.size(), c.lags + 1u);
-        ASSERT_EQ(f.autocorrelations.size(), c.lags + 1u);
+        ASSERT_TRUE(f.autocovariances.size() == c.lags + 1u && f.autocorrelations.size() == c.lags + 1u);
         for (unsigned l = 0; l <= c.lags; ++l) {
             EXPECT_TRUE(sameBits(f.autocovariances[l], trace.getAutocovariances(l, l)[0])) << l;
             EXPECT_TRUE(sameBits(f.autocorrelations[l], trace.getAutocorrelations(l, l)[0])) << l;
