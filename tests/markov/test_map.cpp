@@ -1,7 +1,5 @@
-// MAP: validity, the likelihood against closed forms and an independent
-// computation, the distribution curves, the order of random draws of the
-// generator, and the renewal MAP of a phase-type distribution. The statistics
-// of a long generated stream are checked end to end through sylvar.
+// MAP: validity, likelihood, distribution, the order of the generator's draws, and the renewal MAP of a CPH.
+// The statistics of a long generated stream are checked end to end through sylvar.
 #include "markov/cph.h"
 #include "markov/maps.h"
 #include "markov_helpers.h"
@@ -57,9 +55,8 @@ TEST(MAP, LikelihoodAgreesWithClosedFormAndIndependentComputation) {
     Trace empty;
     EXPECT_NEAR(poisson.computeLikelihood(&empty), 0.0, 1e-15);
 
-    // Order 3: numpy/scipy on the same matrices, the forward recursion
-    // a <- a expm(D0 x) D1 with scipy.linalg.expm, rescaled at each step, and
-    // pi from the eigenvector of P^T.
+    // Order 3: numpy/scipy, the forward recursion a <- a expm(D0 x) D1 with scipy.linalg.expm, rescaled at
+    // each step, and pi from the eigenvector of P^T.
     MAP map(order3D0(), order3D1());
     Trace eight(INTERVALS);
     EXPECT_NEAR(map.computeLikelihood(&eight), -9.343313236459686, 1e-9 * 9.343313236459686);
@@ -87,14 +84,11 @@ TEST(MAP, DistributionAndSummaryOfErlangIntervals) {
     EXPECT_EQ(map.toString(FORMAT_CONFIG).substr(0, 12), "model = map\n");
 }
 
-// The stream is: one uniform for the start phase (by the embedded stationary
-// vector), then per step one exponential of the phase's rate and one uniform
-// for the jump, and the jumps without an event come first.
+// One uniform for the start phase (embedded stationary vector), then per step an exponential of the phase's
+// rate and a uniform for the jump, jumps without an event first. Phase 0 goes to phase 1 without an event with
+// probability 3/4; phase 1 ends the interval in phase 0 up to 1/2. Seed 1 starts in phase 0, seed 4 in phase 1;
+// the values were recorded when checked draw by draw against that order.
 TEST(MAP, GeneratorDrawsInTheDescribedOrder) {
-    // Phase 0 jumps without an event to phase 1 with probability 3/4, with an
-    // event to phase 0 otherwise; phase 1 ends the interval in phase 0 up to
-    // 1/2 and in phase 1 above. Seed 1 starts in phase 0, seed 4 in phase 1;
-    // the values were recorded when checked draw by draw against that order.
     MAP map(mat({{-4, 3}, {0, -1}}), mat({{1, 0}, {0.5, 0.5}}));
     const std::pair<unsigned, std::vector<double>> streams[] = {
         {1, {0.070529406206374864, 0.51464825470627518, 1.285762293249769, 0.63760168659329519}},
@@ -125,11 +119,8 @@ TEST(MAP, WalksThatCannotStartOrEndAreRefused) {
     for (const Case& c : cases) {
         MAP trapped(c.d0, c.d1);
         trapped.initRandomNumberGeneration(1);
-        EXPECT_EQ(failureOf([&] {
-                      for (int i = 0; i < 1000; i++) trapped.getNextRandomVariate();
-                  }),
-                  "maps: No event can be reached from the current phase.")
-            << c.name;
+        EXPECT_EQ(failureOf([&] { for (int i = 0; i < 1000; i++) trapped.getNextRandomVariate(); }),
+                  "maps: No event can be reached from the current phase.") << c.name;
     }
 }
 

@@ -1,5 +1,4 @@
-// CPH: moments against an independent computation, the structural
-// predicates, the text forms with their round trip, the refusals, and copies.
+// CPH: moments against numpy, the structural predicates, the text forms with their round trip, refusals, copies.
 #include "config/conf.h"
 #include "markov/cph.h"
 #include "markov_helpers.h"
@@ -41,26 +40,25 @@ TEST(CPH, MomentsVarianceAndExitRatesMatchTheMatrixFormulas) {
 }
 
 TEST(CPH, StructuralPredicates) {
+    // Flags: valid, acyclic, exponential, Erlang, series canonical form.
     struct Case { const char* name; Matrix T; Vector tau; bool valid, acyclic, exponential, erlang, seriesCF; };
+    const bool Y = true, N = false;
     Case cases[] = {
-        {"exponential", mat({{-2}}), row({1}), true, true, true, true, true},
-        {"erlang 3", mat({{-2, 2, 0}, {0, -2, 2}, {0, 0, -2}}), row({1, 0, 0}), true, true, false, true, true},
-        {"erlang, last rate differs", mat({{-2, 2, 0}, {0, -2, 2}, {0, 0, -3}}), row({1, 0, 0}), true, true, false,
-         false, true},
-        {"series, falling rates", mat({{-2, 2}, {0, -1}}), row({1, 0}), true, true, false, false, true},
-        {"series, rising first rates", mat({{-2, 2, 0}, {0, -1, 1}, {0, 0, -3}}), row({1, 0, 0}), true, true,
-         false, false, false},
-        {"erlang starting in phase 1", mat({{-2, 2}, {0, -2}}), row({0, 1}), true, true, false, false, true},
-        {"last row leads back", mat({{-1, 1}, {1, -2}}), row({1, 0}), true, false, false, false, true},
-        {"hyperexponential", mat({{-1, 0}, {0, -2}}), row({0.5, 0.5}), true, true, false, false, false},
-        {"upper triangular dense", mat({{-3, 1, 1}, {0, -2, 1}, {0, 0, -1}}), row({0.2, 0.3, 0.5}), true, true,
-         false, false, false},
-        {"lower triangular", mat({{-1, 0}, {1, -2}}), row({0.5, 0.5}), true, true, false, false, false},
-        {"dense cyclic", denseT(), denseTau(), true, false, false, false, false},
-        {"tau sums to 0.7", mat({{-2}}), row({0.7}), false, false, false, false, false},
-        {"tau sums to 1 + 1e-6", mat({{-2}}), row({1 + 1e-6}), true, true, false, false, true},
-        {"tau entry -1e-12", mat({{-2, 0}, {0, -1}}), row({-1e-12, 1 + 1e-12}), false, false, false, false, false},
-        {"positive row sum", mat({{-1, 2}, {0, -1}}), row({1, 0}), false, false, false, false, false},
+        {"exponential", mat({{-2}}), row({1}), Y, Y, Y, Y, Y},
+        {"erlang 3", mat({{-2, 2, 0}, {0, -2, 2}, {0, 0, -2}}), row({1, 0, 0}), Y, Y, N, Y, Y},
+        {"erlang, last rate differs", mat({{-2, 2, 0}, {0, -2, 2}, {0, 0, -3}}), row({1, 0, 0}), Y, Y, N, N, Y},
+        {"series, falling rates", mat({{-2, 2}, {0, -1}}), row({1, 0}), Y, Y, N, N, Y},
+        {"series, rising first rates", mat({{-2, 2, 0}, {0, -1, 1}, {0, 0, -3}}), row({1, 0, 0}), Y, Y, N, N, N},
+        {"erlang starting in phase 1", mat({{-2, 2}, {0, -2}}), row({0, 1}), Y, Y, N, N, Y},
+        {"last row leads back", mat({{-1, 1}, {1, -2}}), row({1, 0}), Y, N, N, N, Y},
+        {"hyperexponential", mat({{-1, 0}, {0, -2}}), row({0.5, 0.5}), Y, Y, N, N, N},
+        {"upper triangular dense", mat({{-3, 1, 1}, {0, -2, 1}, {0, 0, -1}}), row({0.2, 0.3, 0.5}), Y, Y, N, N, N},
+        {"lower triangular", mat({{-1, 0}, {1, -2}}), row({0.5, 0.5}), Y, Y, N, N, N},
+        {"dense cyclic", denseT(), denseTau(), Y, N, N, N, N},
+        {"tau sums to 0.7", mat({{-2}}), row({0.7}), N, N, N, N, N},
+        {"tau sums to 1 + 1e-6", mat({{-2}}), row({1 + 1e-6}), Y, Y, N, N, Y},
+        {"tau entry -1e-12", mat({{-2, 0}, {0, -1}}), row({-1e-12, 1 + 1e-12}), N, N, N, N, N},
+        {"positive row sum", mat({{-1, 2}, {0, -1}}), row({1, 0}), N, N, N, N, N},
     };
     for (const Case& c : cases) {
         CPH p(c.T, c.tau);
