@@ -64,12 +64,10 @@ TEST(ARIMA, XMLTextCarriesTheProcessMeanAndDropsTheIntercept) {
 TEST(ARIMA, SummaryListsFiveLagsOfAnARMA11) {
     EXPECT_EQ(ARIMA({0.7}, {0.4}, 0.0, 1.0, 1.5, 0.3, "x").getSummary(),
               "ARIMA statistics:\n========================\nModel class: arma\nOrder (p, d, q): 1 0 1\n"
-              "AR coefficient 0: 0.7\nMA coefficient 0: 0.4\nIntercept: 0.3\nMean: 1\n"
-              "Variance of white noise: 1.5\nDistribution of Process: N(2, 5.05882)\n"
-              "Autocovariance at lag 0: 5.05882\nAutocovariance at lag 1: 4.14118\n"
-              "Autocovariance at lag 2: 2.89882\nAutocovariance at lag 3: 2.02918\n"
-              "Autocovariance at lag 4: 1.42042\n"
-              "Autocorrelation at lag 0: 1\nAutocorrelation at lag 1: 0.818605\n"
+              "AR coefficient 0: 0.7\nMA coefficient 0: 0.4\nIntercept: 0.3\nMean: 1\nVariance of white noise: 1.5\n"
+              "Distribution of Process: N(2, 5.05882)\nAutocovariance at lag 0: 5.05882\n"
+              "Autocovariance at lag 1: 4.14118\nAutocovariance at lag 2: 2.89882\nAutocovariance at lag 3: 2.02918\n"
+              "Autocovariance at lag 4: 1.42042\nAutocorrelation at lag 0: 1\nAutocorrelation at lag 1: 0.818605\n"
               "Autocorrelation at lag 2: 0.573023\nAutocorrelation at lag 3: 0.401116\n"
               "Autocorrelation at lag 4: 0.280781\n");
 }
