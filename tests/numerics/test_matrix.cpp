@@ -1,5 +1,4 @@
-// Matrix and Vector: construction, the two text forms, checked access and
-// the failures with their messages.
+// Matrix and Vector: construction, the two text forms, checked access and the failures with their messages.
 #include "support/test_support.h"
 
 using namespace velmora;
@@ -71,8 +70,7 @@ TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
         {"  1   2  \n3 4 ", Matrix({{1, 2}, {3, 4}})},  // extra blanks add no tokens
         {"0.5 -1e-3", Matrix({{0.5, -0.001}})},
         {"1 x\n3 4", Matrix({{1, 0}, {3, 4}})},  // what can't be read counts as 0
-        // An empty line inside the text does not stand by itself: its line
-        // feed heads the next line.
+        // An empty line inside the text does not stand by itself: its line feed heads the next line.
         {"1 2\n\n3 4", Matrix({{1, 2}, {3, 4}})},
         {"\n1 2\n3 4", Matrix({{1, 2}, {3, 4}})},
         {"1\n\n\n3", Matrix({{1}, {0}, {3}})},  // a lone line feed reads as 0
@@ -121,13 +119,11 @@ TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
 
 TEST(Matrix, ScalarQueriesAndShapeTestsAreExact) {
     Matrix m({{-1, 2, -7}, {4, -0.5, 3}});
-    EXPECT_EQ(m.getLargestValue(), 4);
-    EXPECT_EQ(m.getSmallestValue(), -7);
-    EXPECT_EQ(m.getLargestValueAbs(), 7);
-    EXPECT_EQ(m.getSmallestValueAbs(), 0.5);
-    EXPECT_EQ(m.getLargestValueDiag(), -0.5);
-    EXPECT_EQ(m.getLargestValueAbsDiag(), 1);
-    EXPECT_EQ(m.getSum(), 0.5);
+    const std::pair<double, double> scalars[] = {  // largest, smallest, by magnitude, on the diagonal, sum
+        {m.getLargestValue(), 4}, {m.getSmallestValue(), -7}, {m.getLargestValueAbs(), 7},
+        {m.getSmallestValueAbs(), 0.5}, {m.getLargestValueDiag(), -0.5}, {m.getLargestValueAbsDiag(), 1},
+        {m.getSum(), 0.5}};
+    for (const auto& s : scalars) EXPECT_EQ(s.first, s.second);
     EXPECT_EQ(m.getRowSums(), Matrix({{-6}, {6.5}}));
     EXPECT_TRUE(Matrix({{1, 0}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 1e-300}, {2, 3}}).isLowerTriangular());
@@ -172,11 +168,7 @@ TEST(Matrix, WholeMatrixOperationsAndPowers) {
 }
 
 TEST(Matrix, RowTimesMatrixSumsInAscendingOrder) {
-    struct Case {
-        std::vector<double> v;
-        Matrix P;
-        std::vector<double> expected;
-    } cases[] = {
+    struct Case { std::vector<double> v; Matrix P; std::vector<double> expected; } cases[] = {
         {{1, 2}, Matrix({{3, 4}, {5, 6}}), {13, 16}},
         {{2}, Matrix({{1, -1, 0.5}}), {2, -2, 1}},
         // (1 + 1e16) - 1e16 in this order loses the 1; the reverse order keeps it.
