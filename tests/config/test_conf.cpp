@@ -7,7 +7,6 @@ using namespace velmora;
 using namespace velmora_test;
 
 namespace {
-
 struct Args {
     std::vector<std::string> items;
     std::vector<char*> pointers;
@@ -17,7 +16,6 @@ struct Args {
     int argc() { return static_cast<int>(pointers.size()); }
     char** argv() { return pointers.data(); }
 };
-
 }  // namespace
 
 TEST(ConfigFile, GrammarOfKeysValuesCommentsAndContinuations) {

@@ -13,7 +13,6 @@ using namespace velmora;
 using namespace velmora_test;
 
 namespace {
-
 struct SylvarRun { std::string out; int status; };
 
 SylvarRun sylvar(const std::string& arguments) {
@@ -50,7 +49,6 @@ std::vector<std::string> lines(const std::string& path) {
     for (std::string line; std::getline(in, line);) result.push_back(line);
     return result;
 }
-
 }  // namespace
 
 // Failures end through the handler, with status 0; --help alone is silent.

@@ -20,5 +20,4 @@ inline Matrix order3D1() { return mat({{1.2, 0.2, 0.1}, {0.1, 0.8, 0.1}, {0.0, 0
 // Dense order-3 phase-type generator with cycles and its start vector.
 inline Matrix denseT() { return mat({{-3, 1, 0.5}, {0.5, -2, 1}, {0.2, 0.3, -1.5}}); }
 inline Vector denseTau() { return row({0.5, 0.3, 0.2}); }
-
 }  // namespace markov_test

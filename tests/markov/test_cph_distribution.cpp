@@ -101,7 +101,6 @@ TEST(CPHDistribution, GridIsAnchoredAtZero) {
     EXPECT_EQ(failureOf([&] { e.computeDistribution(0, INFINITY); }), "cph: Invalid range for distribution.");
     EXPECT_EQ(failureOf([&] { CPH(mat({{-1, 1}, {1, -1}}), row({1, 0})).computeDistribution(0, 1); }),
               "misc_linalg: Singular matrix.");
-
     // Mass at zero shows after the first point. D1 is the exit rate times
     // tau, so the density carries the factor 0.7 of tau once more.
     Distribution d = CPH(mat({{-1}}), row({0.7})).computeDistribution(0, 1);
@@ -121,7 +120,6 @@ TEST(CPHGeneration, DrawsFollowTheChainAndMatchItsMoments) {
     for (double x : {0.0, 0.0, 0.0, 0.41735616647366502, 1.0484078406376303, 0.23957613252865109, 0.7923913560194944,
                      0.10491980757702729})
         EXPECT_EQ(b.getNextRandomVariate(), x);
-
     // A chain with cycles: standard errors 0.0034 (mean) and 0.0105 (variance) at this length, from the moments.
     CPH c(denseT(), denseTau());
     c.initRandomNumberGeneration(12345);

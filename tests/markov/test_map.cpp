@@ -10,12 +10,10 @@ using namespace velmora;
 using namespace markov_test;
 
 namespace {
-
 // Erlang with two stages of rate 1 as a MAP: both phases are passed in every interval.
 MAP erlangTwo() { return MAP(mat({{-1, 1}, {0, -1}}), mat({{0, 0}, {1, 0}})); }
 
 const std::vector<double> INTERVALS = {0.3, 1.7, 0.05, 2.4, 0.9, 0.0, 3.3, 0.6};
-
 }  // namespace
 
 TEST(MAP, ValidityFollowsSignsShapesAndRowSums) {
@@ -54,7 +52,6 @@ TEST(MAP, LikelihoodAgreesWithClosedFormAndIndependentComputation) {
     EXPECT_NEAR(poisson.computeLikelihood(&trace), expected, 1e-9 * std::fabs(expected));
     Trace empty;
     EXPECT_NEAR(poisson.computeLikelihood(&empty), 0.0, 1e-15);
-
     // Order 3: numpy/scipy, the forward recursion a <- a expm(D0 x) D1 with scipy.linalg.expm, rescaled at
     // each step, and pi from the eigenvector of P^T.
     MAP map(order3D0(), order3D1());
@@ -69,7 +66,6 @@ TEST(MAP, DistributionAndSummaryOfErlangIntervals) {
     EXPECT_NEAR(map.evalPDF(1.0), 0.36787944117144233, 1e-9);
     EXPECT_DOUBLE_EQ(map.evalPDF(0.0), 0.0);
     EXPECT_DOUBLE_EQ(map.evalCDF(0.0), 0.0);
-
     // The summary ends with a table of six rows: t e^-t and 1 - (1 + t) e^-t.
     // The row of 0.2 + 0.2 + 0.2, a little above 0.6, reads the grid point 0.601.
     const std::string table =
@@ -134,7 +130,6 @@ TEST(CPH, RenewalMAPHasIndependentIntervals) {
     Matrix J = cph.getJointMoments(0, 3);
     for (unsigned i = 0; i <= 3; i++)
         for (unsigned j = 0; j <= 3; j++) EXPECT_NEAR(J(i, j), m[i] * m[j], 1e-12 * m[i] * m[j]);
-
     // Sum of the logarithms of the hyper-exponential density 0.4 e^-x + 1.8 e^-3x.
     Trace trace(INTERVALS);
     EXPECT_NEAR(cph.computeLikelihood(&trace), -10.412656076637827, 1e-9 * 10.412656076637827);

@@ -7,7 +7,6 @@ using namespace velmora;
 using namespace markov_test;
 
 namespace {
-
 CPH dense() { return CPH(denseT(), denseTau()); }
 
 void expectSameModel(const CPH& expected, const CPH& actual) {
@@ -15,7 +14,6 @@ void expectSameModel(const CPH& expected, const CPH& actual) {
     expectRelative(actual.getT(), expected.getT(), 5e-10, "T");
     expectRelative(actual.getTau().toMatrix(), expected.getTau().toMatrix(), 5e-10, "tau");
 }
-
 }  // namespace
 
 TEST(CPH, MomentsVarianceAndExitRatesMatchTheMatrixFormulas) {

@@ -5,13 +5,11 @@ using namespace velmora;
 using velmora_test::failureOf;
 
 namespace {
-
 const std::string INDEX = "matrix: Invalid row or col index.";
 const std::string COUNTS = "matrix: Invalid value for number of rows or cols.";
 const std::string NOT_A_MATRIX = "matrix: Not a matrix.";
 
 Matrix m22() { return Matrix({{1, 2}, {3, 4}}); }
-
 }  // namespace
 
 TEST(Matrix, EveryRefusalAndIndexCheckCarriesItsMessage) {
@@ -84,7 +82,6 @@ TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
         {" \n1 2", COUNTS},
     };
     for (const Bad& c : bad) EXPECT_EQ(failureOf([&] { Matrix m(c.text); }), c.failure) << c.text;
-
     // Written with the given significant digits, the form reads back.
     Matrix m({{1.0 / 3, -2}, {1e-12, 123456789}});
     EXPECT_EQ(m.toString(3), "0.333 -2 \n1e-12 1.23e+08 \n");
@@ -128,7 +125,6 @@ TEST(Matrix, ScalarQueriesAndShapeTestsAreExact) {
     EXPECT_TRUE(Matrix({{1, 0}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 1e-300}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 5}, {1e-300, 3}}).isUpperTriangular());
-
     // The subgenerator test has no tolerance either.
     struct Case { Matrix m; bool expected; } cases[] = {
         {Matrix({{-1, 1}, {2, -3}}), true},
@@ -158,7 +154,6 @@ TEST(Matrix, WholeMatrixOperationsAndPowers) {
     Matrix small({{0.5, -0.49}, {-0.5, 1e-9}});
     small.eliminateSmallValues(0.5);
     EXPECT_EQ(small, Matrix({{0.5, 0}, {-0.5, 0}}));
-
     // Powers multiply from the right and invert for negative exponents.
     Matrix p({{2, 1}, {1, 1}});
     EXPECT_EQ(p ^ 0, Matrix(2, 2, MATRIX_IDENTITY));

@@ -63,7 +63,6 @@ TEST(SingularValueDecomposition, SingularValuesAgreeWithNumpyAndRectangularMatri
                Matrix({{0.84008074278775424, 1.6939240395477839, 2.6590169304254481, 2.9258030309797554,
                         4.5512845748711221}}),
                1e-12, "5 x 5");
-
     // A 2 x 3 matrix: numpy's two values and 0 for the padding; column j of the orthogonal V has |A v_j| = q[j].
     Matrix b({{1, 2, 3}, {4, 5, 6}});
     std::vector<Matrix> svd = SingularValueDecomposition(b);
@@ -78,7 +77,6 @@ TEST(SingularValueDecomposition, SingularValuesAgreeWithNumpyAndRectangularMatri
         Vector av = b * Vector(V.getCol(j), false);
         EXPECT_NEAR(std::sqrt((av.transpose() * av).getValue(0, 0)), q[j], 1e-12) << j;
     }
-
     // A zero matrix is already diagonal; a NaN entry ends in a failure, not a hang.
     std::vector<Matrix> zero = SingularValueDecomposition(Matrix(3, 3, MATRIX_ZERO));
     EXPECT_EQ(zero[1], Matrix(1, 3, MATRIX_ZERO));

@@ -8,7 +8,6 @@ using namespace velmora;
 using velmora_test::failureOf;
 
 namespace {
-
 typedef std::vector<double> Vec;
 
 // Largest distance, relative to max(1, |w|), of the zeros found from the expected ones, each used once.
@@ -27,7 +26,6 @@ double setDistance(const Vec& zr, const Vec& zi, Vec er, Vec ei) {
     }
     return worst;
 }
-
 }  // namespace
 
 TEST(Loggamma, MatchesLogGammaToPikeHillAccuracy) {
@@ -128,7 +126,6 @@ TEST(Cpoly, HelpersAvoidOverflow) {
 }
 
 namespace {
-
 Vec visited;
 double constantFive(double x, Vec) { return visited.push_back(x), 5.0; }
 double identity(double x, Vec) { return visited.push_back(x), x; }
@@ -137,7 +134,6 @@ double scaledSquare(double x, Vec params) { return params.at(0) * x * x + params
 double expFcn(double x, Vec) { return std::exp(x); }
 double innerProduct(double y, Vec params) { return params.at(0) * y; }
 double outerIntegral(double x, Vec) { return RombergIteration(0, 1, innerProduct, {x}, 1e-12); }
-
 }  // namespace
 
 TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {

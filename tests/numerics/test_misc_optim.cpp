@@ -7,7 +7,6 @@ using namespace velmora;
 using velmora_test::failureOf;
 
 namespace {
-
 typedef std::vector<double> Vec;
 
 double rosenbrock(Vec x) {
@@ -31,7 +30,6 @@ SearchRun search(Vec start, double (*fn)(Vec), double intol, unsigned maxit) {
     nmmin(start, &r.best, &r.minimum, fn, &r.fail, -INFINITY, intol, 1.0, 0.5, 2.0, &r.count, maxit);
     return r;
 }
-
 }  // namespace
 
 TEST(Nmmin, MatchesROptimNelderMeadCountsAndMinimum) {
@@ -93,14 +91,12 @@ TEST(Nmmin, StartPolytopeAndTheEndsOfTheSearch) {
         EXPECT_EQ(r.fail, 0);
         EXPECT_EQ(r.best, c.start);
     }
-
     // Values that grow with every call force a shrink each pass, until the polytope collapses onto the start.
     calls.clear();
     const SearchRun collapsed = search({1, 2}, everLarger, 1e-8, 1000000);
     EXPECT_EQ(collapsed.fail, 10);
     EXPECT_EQ(collapsed.best, Vec({1, 2}));
     EXPECT_EQ(collapsed.minimum, 1);
-
     // An infinite coordinate can't be moved: the start polytope is still built, and the search ends.
     calls.clear();
     const SearchRun infinite = search({INFINITY, 0}, recordConstant, 1e-8, 100);

@@ -14,7 +14,6 @@ TEST(MTRand, ReferenceSeedsGiveThePublishedWords) {
     MTRand ours(5489UL);
     std::mt19937 reference(5489U);
     for (int i = 0; i < 1000; ++i) ASSERT_EQ(ours.randInt(), static_cast<unsigned long>(reference())) << "word " << i;
-
     // Array seeding: numpy MT19937 with the legacy array seeding of the same keys. A key longer than the state
     // runs the first loop once per key word.
     const unsigned long key[] = {0x123, 0x234, 0x345, 0x456};
@@ -111,7 +110,6 @@ TEST(Rand, GeometricCountsTrialsUpToTheFirstSuccess) {
     }
     for (int k = 1; k <= 5; ++k)
         EXPECT_NEAR(counts[k] / double(n), std::pow(1 - p, k - 1) * p, 0.005) << "k = " << k;
-
     // A sum of geometric counts: mean sum 1/p, variance sum (1 - p)/p^2.
     double s1 = 0.0, s2 = 0.0;
     for (int i = 0; i < n; ++i) {

@@ -65,5 +65,4 @@ inline void expectRelative(const velmora::Matrix& got, const velmora::Matrix& ex
                            const std::string& what) {
     expectNear(got, expected, tol, what, true);
 }
-
 }  // namespace velmora_test

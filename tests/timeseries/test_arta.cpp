@@ -40,7 +40,6 @@ TEST(ARTA, BothTextsHaveTheirLayoutsAndReadBack) {
     EXPECT_EQ(ARTA(new Exponential(2), {}, 0.0, 1.0).toString(FORMAT_CONFIG),
               "model = arta\nclass = ARTA\ndistribution = exponential\nrate = 2\n\n"
               "order = 0, 0\nar = \nar_mean = 0\nar_variance = 1\n");
-
     // The XML text nests the base process first, inside the file's envelope.
     const std::string xml = a.toString(FORMAT_XML);
     EXPECT_EQ(xml.substr(0, 14), "<arta>\n<arima>");
@@ -136,7 +135,6 @@ TEST(ARTAGeneration, ValuesAreTheMarginalQuantilesOfTheTabulatedBaseValues) {
             ASSERT_EQ(a.getNextRandomVariate(), a.getDistribution()->evalInverseCDF(Normal::normal_cdf(z, 0, 1)));
         }
     }
-
     // The table is fixed at mean 0 and deviation 1: a base mean of 5 pushes almost every value to the top.
     ARTA shifted(new Uniform(0, 1), {0.3}, 5.0, 3.0);
     shifted.initRandomNumberGeneration(3);

@@ -6,7 +6,6 @@
 using namespace trace_test;
 
 namespace {
-
 // Everything but the two generation calls comes from Trace.
 class StepProcess : public velmora::Trace {
 public:
@@ -21,7 +20,6 @@ public:
     unsigned failAfter, draws = 0;
     std::vector<unsigned> seeds;
 };
-
 }  // namespace
 
 TEST(Simulate, StopRulesDecideTheLength) {
