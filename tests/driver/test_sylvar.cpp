@@ -88,7 +88,7 @@ TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
     }
 }
 
-TEST(Sylvar, StopCriteriaAndCountedLayout) {
+TEST(Sylvar, StopCriteriaCountedLayoutAndAnEmptyTrace) {
     // Without a trace only the report is printed; only "1" selects the counted layout.
     SylvarRun run = sylvar("-MODEL=" + modelPath("map.xml") + " -traceFormat=true -seed=3 -seed=4");
     EXPECT_EQ(run.out, report(3, 1, "10000", 1000, false, ""));
@@ -106,16 +106,10 @@ TEST(Sylvar, StopCriteriaAndCountedLayout) {
     run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=1 -observations=30");
     EXPECT_EQ(run.out.rfind(report(13, 0, "1", 30, false, trace), 0), 0u);
     EXPECT_GE(lines(trace).size(), 30u);
-}
-
-TEST(Sylvar, EmptyTraceFailsInItsSummaryAfterTheModelSummary) {
-    std::string trace = tempPath("empty.txt");
-    SylvarRun run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -observations=0");
-    EXPECT_EQ(withoutLineNumber(run.out.substr(run.out.find("Error in:"))),
-              failure("trace", "Invalid trace element."));
-    EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(lines(trace).empty());
-    EXPECT_TRUE(std::ifstream(trace).good());
+    // No values: the trace file is empty, and its summary fails after the model summary.
+    run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -observations=0");
+    EXPECT_EQ(withoutLineNumber(run.out.substr(run.out.find("Error in:"))), failure("trace", "Invalid trace element."));
+    EXPECT_TRUE(run.status == 0 && std::ifstream(trace).good() && lines(trace).empty());
 }
 
 // Six-digit trace files of long runs still agree with the models' analytic figures.

@@ -1,14 +1,10 @@
-// Helpers shared by the Markov model tests: short matrix literals and the
-// models the reference figures are for.
+// Helpers shared by the Markov model tests: short matrix literals and the models the reference figures are for.
 #pragma once
-
 #include "support/test_support.h"
 
 namespace markov_test {
-
 using namespace velmora_test;
-using velmora::Matrix;
-using velmora::Vector;
+using velmora::Matrix, velmora::Vector;
 
 inline Matrix mat(std::vector<std::vector<double>> rows) { return Matrix(std::move(rows)); }
 inline Vector row(std::vector<double> v) { return Vector(v, true); }

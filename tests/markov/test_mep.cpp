@@ -55,16 +55,14 @@ TEST(MEP, ResultShapesFollowTheRequestedRanges) {
     EXPECT_TRUE(mep.getAutocorrelations(3, 2).empty());
 }
 
-TEST(MEP, TextFormsAreExact) {
+TEST(MEP, TextFormsAreExactAndSavedFilesLoadBackInBothFormats) {
     MEP mep(mat({{-2.0, 0.5}, {0.25, -1.0}}), mat({{1.0, 0.5}, {0.125, 0.625}}));
     EXPECT_EQ(mep.toString(FORMAT_CONFIG), "model = mep\nD0 = -2 0.5 \n0.25 -1 \n\nD1 = 1 0.5 \n0.125 0.625 \n\n");
     EXPECT_EQ(mep.toString(FORMAT_XML),
               "<map>\n<states>2</states>\n<d0>-2 0.5 \n0.25 -1 \n\n</d0>\n"
               "<d1>1 0.5 \n0.125 0.625 \n\n</d1>\n</map>\n");
     EXPECT_EQ(mep.getProcessDescription(), "MEP(2)");
-}
-
-TEST(MEP, SavedFilesLoadBackInBothFormats) {
+    // Saved files load back as MEP and as MAP.
     Matrix d0 = mat({{-3.123456789012, 1.0 / 3.0, 0.5}, {0.2, -1.5, 0.3}, {0.1, 0.4, -0.8}});
     MEP original(d0, order3D1());
     for (format f : {FORMAT_CONFIG, FORMAT_XML}) {
