@@ -106,8 +106,7 @@ TEST(CommandLine, RefusesMalformedArgumentsAfterStoringTheEarlierOnes) {
         Args args({"prog", "-kept=1", c.argument});
         Config config;
         EXPECT_EQ(failureOf([&] { config.loadConfigFromCommandLine(args.argc(), args.argv(), false); }),
-                  std::string("conf: ") + c.message)
-            << c.argument;
+                  std::string("conf: ") + c.message) << c.argument;
         EXPECT_TRUE(config.existsKey("kept"));
     }
 }

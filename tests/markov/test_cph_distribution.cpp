@@ -33,7 +33,7 @@ TEST(Uniformization, PoissonWeightsAreRelativeToTheMode) {
     EXPECT_EQ(R, 0);
 }
 
-TEST(Uniformization, StepGivesTheTransientVectorOfTheMatrixExponential) {
+TEST(Uniformization, StepGivesTheTransientVectorAndZeroMeanCopiesIt) {
     Matrix P = denseT() / 3 + Matrix(3, 3, MATRIX_IDENTITY), v = denseTau().toMatrix(), scratch, result;
     map_ph_randomization(&P, &v, &scratch, &result, 3, 0.37, 1e-12);
     // tau @ scipy.linalg.expm(0.37 * T); v is renormalised, its mass being more than 0.001 away from 1.
@@ -42,16 +42,12 @@ TEST(Uniformization, StepGivesTheTransientVectorOfTheMatrixExponential) {
         EXPECT_NEAR(result(0, j), expm[j], 1e-12) << j;
         EXPECT_NEAR(v(0, j), expm[j] / (expm[0] + expm[1] + expm[2]), 1e-12) << j;
     }
-}
-
-TEST(Uniformization, ZeroMeanCopiesTheVectorAndOtherOrdersAreRefused) {
-    Matrix P(2, 2, MATRIX_IDENTITY), v = mat({{0.2, 0.3}}), scratch, result;
-    map_ph_randomization(&P, &v, &scratch, &result, 0, 5, 1e-12);
-    EXPECT_EQ(result, mat({{0.2, 0.3}}));  // result keeps the mass, v is scaled to 1
-    expectNear(v, mat({{0.4, 0.6}}), 1e-15, "v");
-
-    Matrix P3(3, 3, MATRIX_IDENTITY);
-    EXPECT_EQ(failureOf([&] { map_ph_randomization(&P3, &v, &scratch, &result, 1, 1, 1e-12); }),
+    // A zero mean copies the vector: result keeps the mass, w is scaled to 1. Other orders are refused.
+    Matrix I2(2, 2, MATRIX_IDENTITY), I3(3, 3, MATRIX_IDENTITY), w = mat({{0.2, 0.3}});
+    map_ph_randomization(&I2, &w, &scratch, &result, 0, 5, 1e-12);
+    EXPECT_EQ(result, mat({{0.2, 0.3}}));
+    expectNear(w, mat({{0.4, 0.6}}), 1e-15, "w");
+    EXPECT_EQ(failureOf([&] { map_ph_randomization(&I3, &w, &scratch, &result, 1, 1, 1e-12); }),
               "cph: These Matrices cannot be multiplied.");
     Matrix D0 = mat({{-1, 0}, {0, -2}});
     EXPECT_EQ(failureOf([&] { CPH::computeDistribution(0, 1, D0, mat({{1, 0, 0}}), D0 * -1.0); }),

@@ -160,7 +160,6 @@ TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
     };
     for (double tol : {1e-4, 1e-8, 1e-12})
         for (const auto& c : cases)
-            EXPECT_NEAR(RombergIteration(c.a, c.b, c.f, c.params, tol), c.expected,
-                        10 * tol * std::fabs(c.expected))
+            EXPECT_NEAR(RombergIteration(c.a, c.b, c.f, c.params, tol), c.expected, 10 * tol * std::fabs(c.expected))
                 << "tol " << tol << ", expected " << c.expected;
 }

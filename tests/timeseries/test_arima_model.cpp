@@ -4,15 +4,12 @@
 using namespace velmora;
 using namespace velmora_test;
 
-TEST(ARIMA, KeyValueFileReadsCoefficientsAndOnlyDFromTheOrder) {
-    ARIMA m(writeFile("arima_kv.conf", "model = f-arima\norder = 7 0.4 9\nar = 0 0\nma = 0\nmean = 2\n"
-                                       "variance = 3\nintercept = 0.5\nmethod = by hand\n"),
-            FORMAT_CONFIG);
-    EXPECT_EQ(m.toString(FORMAT_CONFIG), "model = f-arima\nclass = fArima\norder = 2 0.4 0\nar = 0 0 \nmean = 2\n"
+// A file gives d only from its order line; a load resets the six model fields but keeps the method.
+TEST(ARIMA, FilesGiveOnlyDFromTheOrderAndLoadingResetsAllButTheMethod) {
+    ARIMA f(writeFile("arima_kv.conf", "model = f-arima\norder = 7 0.4 9\nar = 0 0\nma = 0\nmean = 2\n"
+                                       "variance = 3\nintercept = 0.5\nmethod = by hand\n"), FORMAT_CONFIG);
+    EXPECT_EQ(f.toString(FORMAT_CONFIG), "model = f-arima\nclass = fArima\norder = 2 0.4 0\nar = 0 0 \nmean = 2\n"
                                          "intercept = 0.5\nmethod = by hand\nvariance = 3\n");
-}
-
-TEST(ARIMA, LoadResetsTheSixModelFieldsButKeepsTheMethod) {
     ARIMA m({0.5}, {0.3}, 0.0, 2.0, 3.0, 0.25, "fit");
     m.load(writeFile("arima_reset.conf", "ma = 0.1\n"), FORMAT_CONFIG);
     EXPECT_EQ(m.toString(FORMAT_CONFIG), "model = f-arima\nclass = ma\norder = 0 0 1\n\nma = 0.1 \nmean = 0\n"

@@ -49,8 +49,7 @@ TEST(ARTAMapping, JointMomentsMatchAnIndependentQuadrature) {
     };
     for (const auto& c : cases)
         EXPECT_NEAR(arta_process_compute_autocorrelation_joint_moments(c.d, c.rho, c.k, c.l), c.expected,
-                    1e-5 * c.expected)
-            << c.d->getType() << " rho " << c.rho;
+                    1e-5 * c.expected) << c.d->getType() << " rho " << c.rho;
     // Same quadrature; the AR(2) base 0.6, 0.2 has rho 0.75, 0.65, 0.54.
     const std::vector<double> rho = ARTA(new Gamma(2.0, 1.5), {0.6, 0.2}, 0.0, 1.0).getAutocorrelations(1, 3);
     const double expected[] = {0.7307516376882981, 0.6266811694821111, 0.5145817637655234};
