@@ -49,14 +49,12 @@ TEST(TextToBool, AcceptsTrueTAndOneOnly) {
     for (const char* no : {"0", "yes", "on", " true", "", "1 "}) EXPECT_FALSE(toBool(no)) << no;
 }
 
-TEST(SplitString, DropsEmptyPieces) {
+TEST(SplitAndTrim, DropEmptyPiecesAndBlanksOnly) {
     EXPECT_EQ(splitString(",a,,b,", ','), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(splitString("a b  c", ' '), (std::vector<std::string>{"a", "b", "c"}));
     EXPECT_TRUE(splitString("", ',').empty() && splitString(",,,", ',').empty());
     EXPECT_EQ(splitString("single", ','), (std::vector<std::string>{"single"}));
-}
-
-TEST(Trim, RemovesBlanksOnly) {
+    // Trimming removes blanks only.
     const std::pair<std::string, std::string> cases[] = {
         {trimString("\t a "), "\t a"}, {trimString("   "), ""}, {trimLeft("  a  "), "a  "}, {trimRight("  a  "), "  a"},
         {trimString("a\r"), "a\r"}, {tolower("AbC1"), "abc1"}, {toupper("AbC1"), "ABC1"}};

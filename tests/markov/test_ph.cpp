@@ -68,7 +68,7 @@ TEST(CPH, StructuralPredicates) {
     }
 }
 
-TEST(CPH, TextFormsSummaryAndSavedFileHaveTheirExactLayout) {
+TEST(CPH, TextFormsSummaryAndSavedFilesHaveTheirLayoutAndLoadBack) {
     // A column tau is taken as a row.
     CPH c(mat({{-1.5, 1.5}, {0, -2}}), Vector({0.25, 0.75}, false));
     EXPECT_EQ(c.getProcessDescription(), "CPH(2)");
@@ -84,15 +84,13 @@ TEST(CPH, TextFormsSummaryAndSavedFileHaveTheirExactLayout) {
               "Summary:\n=========================\n\nmodel = cph\nT = -2 \n\ntau = 1 \n\n\n"
               "Moment 0: 1\nMoment 1: 0.5\nMoment 2: 0.5\nVariance: 0.25\n");
     EXPECT_NE(e.getSummary().find("Moment 5: 3.75\nVariance"), std::string::npos);
-}
-
-TEST(CPH, SavedFilesLoadBackInBothFormats) {
-    CPH c(mat({{-3.123456789012, 1.0000000001, 0.5}, {0.5, -2, 1}, {1.0 / 3, 0.3, -1.5}}),
+    // Saved files load back in both formats.
+    CPH d(mat({{-3.123456789012, 1.0000000001, 0.5}, {0.5, -2, 1}, {1.0 / 3, 0.3, -1.5}}),
           row({1.0 / 7, 2.0 / 7, 4.0 / 7}));
     for (format f : {FORMAT_CONFIG, FORMAT_XML}) {
-        std::string path = tempPath("cph_roundtrip_" + std::to_string(f));
-        c.save(path, f);
-        expectSameModel(c, CPH(path, f));
+        path = tempPath("cph_roundtrip_" + std::to_string(f));
+        d.save(path, f);
+        expectSameModel(d, CPH(path, f));
     }
     // The XML reader takes d0 as a flat list and ignores the states element.
     XMLConfig doc(writeFile("cph_states.xml",

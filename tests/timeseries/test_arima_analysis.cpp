@@ -49,9 +49,7 @@ TEST(ARIMA, AutocovariancesAndAutocorrelationsMatchPsiWeightSums) {
     EXPECT_EQ(m.getAutocorrelations(2, 3), (std::vector<double>{0.25, 0.125}));
     EXPECT_EQ(m.getAutocorrelation(3), 0.125);
     EXPECT_TRUE(m.getAutocorrelations(6, 5).empty());
-}
-
-TEST(ARIMA, FractionalNoiseAutocorrelationsAreTheRunningProduct) {
+    // Fractional noise: the running product of (k - 1 + d) / (k - d).
     std::vector<double> rho = model({}, {}, 1.0, 0.25).computeAutocorrelations(3);
     ASSERT_EQ(rho.size(), 4u);
     EXPECT_TRUE(rho[0] == 1.0 && rho[1] == 1.0 / 3.0) << rho[1];
