@@ -26,7 +26,7 @@ TEST(XMLConfig, ReadsElementsValuesAndJoinsLinesWithoutSeparator) {
     EXPECT_EQ(root->getChildElement("d0"), nullptr);  // only direct children
 }
 
-TEST(XMLConfig, SameTagNestingIsCounted) {
+TEST(XMLConfig, SameTagNestingIsCountedAndTextBesideChildrenIsTheRest) {
     auto root = parse("<a><a>x</a></a>");
     ASSERT_EQ(root->getChildElements().size(), 1u);
     EXPECT_EQ(root->getChildElement("a")->getValue(), "x");
@@ -34,10 +34,8 @@ TEST(XMLConfig, SameTagNestingIsCounted) {
     EXPECT_EQ(root->getChildElement("a")->getChildElement("a")->getChildElement("a")->getValue(), "y");
     EXPECT_EQ(root->getChildElement("b")->getValue(), "2");
     EXPECT_EQ(root->getChildElements().size(), 3u);
-}
-
-TEST(XMLConfig, TextBesideChildrenKeepsOnlyTheRestAfterTheLastChild) {
-    auto root = parse("<r>before<c>1</c>after</r>");
+    // Text beside children keeps only the rest after the last child.
+    root = parse("<r>before<c>1</c>after</r>");
     EXPECT_EQ(root->getValue(), "after");
     EXPECT_EQ(root->getChildElement("c")->getValue(), "1");
     root = parse("<r>\t<c></c></r>");
@@ -45,7 +43,7 @@ TEST(XMLConfig, TextBesideChildrenKeepsOnlyTheRestAfterTheLastChild) {
     EXPECT_EQ(root->getChildElement("c")->getValue(), "");
 }
 
-TEST(XMLConfig, CommentEndsAtItsFirstGreaterThan) {
+TEST(XMLConfig, CommentEndsAtItsFirstGreaterThanAndTextAloneIsNoElement) {
     auto root = parse("<!-- a --><r>1</r>");
     EXPECT_EQ(root->getTag(), "r");
     EXPECT_EQ(root->getValue(), "1");
@@ -56,9 +54,7 @@ TEST(XMLConfig, CommentEndsAtItsFirstGreaterThan) {
     ASSERT_EQ(parts.size(), 2u);
     EXPECT_EQ(parts[1].first, "");
     EXPECT_EQ(parts[1].second, "tail -->");
-}
-
-TEST(XMLConfig, DocumentsWithoutElements) {
+    // Documents without elements.
     for (const char* text : {"", "just text"}) {
         XMLConfig document(writeFile("x2.xml", text));
         EXPECT_EQ(document.getDocumentRoot()->getTag(), "");

@@ -8,7 +8,7 @@
 using namespace velmora;
 using velmora_test::failureOf;
 
-TEST(MTRand, ReferenceSeedsGiveThePublishedWords) {
+TEST(MTRand, ReferenceSeedsGiveThePublishedWordsAndExtremeWordsScaleToZeroAndOne) {
     EXPECT_EQ(MTRand(5489UL).randInt(), 3499211612UL);
     EXPECT_EQ(MTRand(5489UL + (1UL << 40)).randInt(), 3499211612UL);  // only the low 32 bits of a seed count
     MTRand ours(5489UL);
@@ -27,11 +27,8 @@ TEST(MTRand, ReferenceSeedsGiveThePublishedWords) {
     byArray.seed(longKey.data(), longKey.size());
     EXPECT_EQ(byArray.randInt(), 200727828UL);
     EXPECT_EQ(byArray.randInt(), 4104876181UL);
-}
-
-// Words are scaled by 1 / (2^32 - 1): the extreme words give exactly 0 and 1.
-// 0x12DD9BB3 tempers to 0xFFFFFFFF (inverse of the tempering, in python).
-TEST(MTRand, RandOfTheExtremeWordsIsExactlyZeroOrOne) {
+    // Words are scaled by 1 / (2^32 - 1): the extreme words give exactly 0 and 1. 0x12DD9BB3 tempers to
+    // 0xFFFFFFFF (inverse of the tempering, in python).
     struct NextWordProbe : MTRand {  // its next word is the given state word, tempered
         explicit NextWordProbe(std::uint32_t untempered) : MTRand(1UL) {
             state[N - 1] = untempered;

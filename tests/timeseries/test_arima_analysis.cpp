@@ -95,15 +95,13 @@ TEST(ARIMA, DistributionWalkEndsForEveryRange) {
 }
 
 TEST(ARIMA, OperationsRefuseWhatTheModelCannotDo) {
-    ARIMA integrated = model({0.5}, {0.2}, 1.0, 1.0);
-    ARIMA plain = model({0.5}, {0.2});
+    ARIMA integrated = model({0.5}, {0.2}, 1.0, 1.0), plain = model({0.5}, {0.2});
     const std::string distribution = "arima: Computation of distribution only supported for ARMA processes.";
     const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] { integrated.computeAutocovariances(3); },
          "arima: Computation of autocovariance is only implemented for ARMA models."},
         {[&] { integrated.compute_mean_and_variance(); }, distribution},
-        {[&] { integrated.evalCDF(0); }, distribution},
-        {[&] { integrated.toString(FORMAT_XML); }, distribution},
+        {[&] { integrated.evalCDF(0); }, distribution}, {[&] { integrated.toString(FORMAT_XML); }, distribution},
         {[] { model({0.5}, {}, 1.0, 0.3).computeAutocorrelations(2); }, "arima: Not implemented."},
         {[] { model({}, {}, 1.0, -0.5).computeAutocorrelations(2); }, "arima: Not implemented."},
         {[&] { integrated.initRandomNumberGeneration(1); },
