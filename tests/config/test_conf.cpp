@@ -48,7 +48,6 @@ TEST(ConfigFile, OverwriteDecidesWhoWinsIncludingContinuations) {
     EXPECT_EQ(keep.getValue("seed"), "1");
     EXPECT_EQ(keep.getValue("other"), "1");
     EXPECT_FALSE(keep.existsKey(""));
-
     Config replace;
     replace.setValue("seed", "1", true);
     replace.loadConfigFromFile(file, true);
@@ -88,7 +87,6 @@ TEST(CommandLine, GrammarAndFirstValueWins) {
     EXPECT_EQ(config.getValue("model"), "X.xml");
     EXPECT_TRUE(config.existsKey("-seed"));
     EXPECT_FALSE(config.existsKey("seed"));
-
     Args range({"prog", "-a=1", "bad", "-b=2"});
     Config part(range.argc(), range.argv(), 3, 3);
     EXPECT_EQ(part.getValue("b"), "2");

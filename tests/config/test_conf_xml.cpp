@@ -62,16 +62,13 @@ TEST(XMLConfig, CommentEndsAtItsFirstGreaterThanAndTextAloneIsNoElement) {
     }
 }
 
-TEST(XMLConfig, MalformedDocumentsAreRefused) {
+TEST(XMLConfig, MalformedDocumentsAndMissingFilesAreRefusedDeepOrHugeOnesRead) {
     const char* bad[] = {
         "<?xml version=\"1.0\"?>", "<a>1</a><b>2</b>", "<a b=\"c\">1</a>", "<a/>", "<a><a></a>",
         "<r><a><a></a></r>",       "<>x",              "a > b <c>",          "<a>1",  "<a",
         "<r><x><x><x></x></x></r>",
     };
     for (const char* text : bad) EXPECT_EQ(parseMessage(text), "XML parse error.") << text;
-}
-
-TEST(XMLConfig, MissingFileAndDeepOrHugeInputs) {
     EXPECT_EQ(failureOf([] { XMLConfig missing(tempPath("no/such.xml")); }), "conf: Cannot open file.");
     // A thousand levels are read; beyond ten thousand the reader refuses at once, before splitting any level.
     auto nested = [](int levels) {
@@ -84,13 +81,11 @@ TEST(XMLConfig, MissingFileAndDeepOrHugeInputs) {
     for (int i = 1; i < 1000; ++i) e = e->getChildElement("a");
     EXPECT_EQ(e->getValue(), "x");
     for (int levels : {10002, 1000000}) EXPECT_EQ(parseMessage(nested(levels)), "XML parse error.") << levels;
-
     std::string wide = "<r>";
     for (int i = 0; i < 400000; ++i) wide += "<v" + std::to_string(i % 7) + ">1</v" + std::to_string(i % 7) + ">";
     wide += "</r>";
     root = parse(wide);
     EXPECT_EQ(root->getChildElements().size(), 400000u);
-
     std::string junk;
     for (int i = 0; i < 100000; ++i) junk += static_cast<char>((i * 131) % 256);
     std::string message = parseMessage(junk);

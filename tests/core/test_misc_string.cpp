@@ -25,7 +25,7 @@ TEST(Messages, WriteTheirLayoutsToStandardOutput) {
     EXPECT_EQ(libVelmora_name_full(), "libVelmora 0.11.3.3");
 }
 
-TEST(TextToNumber, ReadsTheLeadingNumberAndNeverFails) {
+TEST(TextToNumberAndBool, ReadTheLeadingNumberOrTruthAndNeverFail) {
     struct Case { const char* text; double value; } doubles[] = {
         {"1.5e3x", 1500.0}, {"12abc", 12.0}, {"  -0.25", -0.25}, {"", 0.0}, {"   ", 0.0}, {"abc", 0.0}};
     for (const auto& c : doubles) EXPECT_EQ(toDouble(c.text), c.value) << c.text;
@@ -42,9 +42,7 @@ TEST(NumberToText, UsesSixSignificantDigits) {
         {toString(true), "1"}, {toString(false), "0"}, {toString(text), "abc"},
         {toString(std::vector<std::string>{"a", "b"}), "a b "}, {toString(std::vector<std::string>{}), ""}};
     for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
-}
-
-TEST(TextToBool, AcceptsTrueTAndOneOnly) {
+    // Truth values: true, t and 1 only, in either case.
     for (const char* yes : {"true", "TRUE", "t", "T", "1"}) EXPECT_TRUE(toBool(yes)) << yes;
     for (const char* no : {"0", "yes", "on", " true", "", "1 "}) EXPECT_FALSE(toBool(no)) << no;
 }

@@ -102,7 +102,6 @@ TEST(Sylvar, StopCriteriaCountedLayoutAndAnEmptyTrace) {
     for (size_t i = 1; i < written.size(); ++i) sum += std::stod(written[i]);
     EXPECT_GE(sum, 50.0 * (1 - 1e-5));
     EXPECT_LT(sum - std::stod(written.back()), 50.0 * (1 + 1e-5));
-
     run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=1 -observations=30");
     EXPECT_EQ(run.out.rfind(report(13, 0, "1", 30, false, trace), 0), 0u);
     EXPECT_GE(lines(trace).size(), 30u);

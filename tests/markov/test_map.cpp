@@ -34,7 +34,6 @@ TEST(MAP, ValidityFollowsSignsShapesAndRowSums) {
     for (const Case& c : cases) EXPECT_EQ(map.valid_map(c.d0, c.d1), c.valid) << c.what;
     EXPECT_TRUE(map.valid_map(mat({{-1, 1}, {0, -1}})));
     EXPECT_FALSE(map.valid_map(mat({{-1, 2}, {0, -1}})));
-
     EXPECT_EQ(map.get_generator_matrix(), mat({{-1, 1}, {1, -1}}));
     MAP invalid(mat({{-1}}), mat({{2}}));
     EXPECT_EQ(failureOf([&] { invalid.get_generator_matrix(); }), "maps: Not a valid MAP!");
@@ -103,7 +102,6 @@ TEST(MAP, WalksThatCannotStartOrEndAreRefused) {
     map.initRandomNumberGeneration(3);
     MAP copy(map);
     EXPECT_EQ(failureOf([&] { copy.getNextRandomVariate(); }), "maps: Initialize Random Number Generation first.");
-
     struct Case { const char* name; Matrix d0, d1; } cases[] = {
         // Phases 1 and 2 pass the chain between them and leak, but never
         // give an event: a walk that enters them could not end.
@@ -125,7 +123,6 @@ TEST(CPH, RenewalMAPHasIndependentIntervals) {
     MAP map = cph.asMAP();
     EXPECT_EQ(map.getD0(), cph.getT());
     expectRelative(map.getD1(), mat({{0.4, 0.6}, {1.2, 1.8}}), 1e-15, "D1");
-
     std::vector<double> m = cph.getMoments(0, 3);
     Matrix J = cph.getJointMoments(0, 3);
     for (unsigned i = 0; i <= 3; i++)

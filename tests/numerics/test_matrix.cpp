@@ -123,7 +123,6 @@ TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
     EXPECT_EQ(m, Matrix({{7, 7, 1}, {0, -1, 2}, {70, -2, 3}}));
     m.setDiag({1, 1, 1});
     EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 1, 1}));
-
     Matrix r = m22();
     r.resize(3, 1);
     EXPECT_EQ(r, Matrix({{1}, {3}, {0}}));

@@ -70,7 +70,6 @@ TEST(Nmmin, PolytopeFormContinuesTheStartForm) {
     EXPECT_EQ(r.count, s.count);
     EXPECT_EQ(r.minimum, s.minimum);
     EXPECT_EQ(r.best, s.best);
-
     for (Matrix bad : {Matrix(), Matrix(2, 2), Matrix(3, 3)})
         EXPECT_EQ(failureOf([&] { nmmin(bad, &r.best, nullptr, rosenbrock, nullptr, 0, 1e-8, 1, 0.5, 2, nullptr, 9); }),
                   "misc_optim: Invalid polytope.");

@@ -83,7 +83,6 @@ TEST(Trace, ReplayIsACursorThatOnlyInitializationResetsAndFailures) {
     EXPECT_EQ(failureOf([&] { trace.getNextRandomVariate(); }), "trace: End of trace reached.");
     trace.initRandomNumberGeneration(0);
     EXPECT_EQ(trace.getNextRandomVariate(), 1.0);
-
     EXPECT_EQ(failureOf([&] { trace.getElement(3); }), "trace: Invalid trace element.");
     EXPECT_EQ(failureOf([&] { trace.computeLikelihood(&trace); }), "trace: Not implemented.");
     EXPECT_EQ(failureOf([&] { trace.save(::testing::TempDir(), false); }), "trace: Cannot open file.");
@@ -114,7 +113,6 @@ TEST(Trace, NumberTextEqualsStreamInsertion) {
     std::ostringstream expected;
     for (double v : values) expected << v << '\n';
     EXPECT_EQ(Trace(values).toString(velmora::FORMAT_CONFIG), expected.str());
-
     std::string path = tempPath("writer");
     Trace(values).save(path, true);
     EXPECT_EQ(readFile(path), std::to_string(values.size()) + "\n" + expected.str());
