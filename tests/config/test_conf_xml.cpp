@@ -5,11 +5,10 @@ using namespace velmora;
 using namespace velmora_test;
 
 namespace {
-
-std::string parseMessage(const std::string& text) {
-    return messageOf([&] { delete XMLConfig::parseXML(text, nullptr); }, "conf");
+std::unique_ptr<XMLElement> parse(const std::string& text) {
+    return std::unique_ptr<XMLElement>(XMLConfig::parseXML(text, nullptr));
 }
-
+std::string parseMessage(const std::string& text) { return messageOf([&] { parse(text); }, "conf"); }
 }  // namespace
 
 TEST(XMLConfig, ReadsElementsValuesAndJoinsLinesWithoutSeparator) {
@@ -27,92 +26,66 @@ TEST(XMLConfig, ReadsElementsValuesAndJoinsLinesWithoutSeparator) {
     EXPECT_EQ(root->getChildElement("d0"), nullptr);  // only direct children
 }
 
-TEST(XMLConfig, SameTagNestingIsCounted) {
-    XMLElement* root = XMLConfig::parseXML("<a><a>x</a></a>", nullptr);
+TEST(XMLConfig, SameTagNestingIsCountedAndTextBesideChildrenIsTheRest) {
+    auto root = parse("<a><a>x</a></a>");
     ASSERT_EQ(root->getChildElements().size(), 1u);
     EXPECT_EQ(root->getChildElement("a")->getValue(), "x");
-    delete root;
-    root = XMLConfig::parseXML("<r><a><a><a>y</a></a></a><b>2</b><b>3</b></r>", nullptr);
+    root = parse("<r><a><a><a>y</a></a></a><b>2</b><b>3</b></r>");
     EXPECT_EQ(root->getChildElement("a")->getChildElement("a")->getChildElement("a")->getValue(), "y");
     EXPECT_EQ(root->getChildElement("b")->getValue(), "2");
     EXPECT_EQ(root->getChildElements().size(), 3u);
-    delete root;
-}
-
-TEST(XMLConfig, TextBesideChildrenKeepsOnlyTheRestAfterTheLastChild) {
-    XMLElement* root = XMLConfig::parseXML("<r>before<c>1</c>after</r>", nullptr);
+    // Text beside children keeps only the rest after the last child.
+    root = parse("<r>before<c>1</c>after</r>");
     EXPECT_EQ(root->getValue(), "after");
     EXPECT_EQ(root->getChildElement("c")->getValue(), "1");
-    delete root;
-    root = XMLConfig::parseXML("<r>\t<c></c></r>", nullptr);
+    root = parse("<r>\t<c></c></r>");
     EXPECT_EQ(root->getValue(), "");
     EXPECT_EQ(root->getChildElement("c")->getValue(), "");
-    delete root;
 }
 
-TEST(XMLConfig, CommentEndsAtItsFirstGreaterThan) {
-    XMLElement* root = XMLConfig::parseXML("<!-- a --><r>1</r>", nullptr);
+TEST(XMLConfig, CommentEndsAtItsFirstGreaterThanAndTextAloneIsNoElement) {
+    auto root = parse("<!-- a --><r>1</r>");
     EXPECT_EQ(root->getTag(), "r");
     EXPECT_EQ(root->getValue(), "1");
-    delete root;
     // The rest "b -->" has its '>' before the next '<'.
     EXPECT_EQ(parseMessage("<!-- a > b --><r>1</r>"), "XML parse error.");
-    root = XMLConfig::parseXML("<!-- a > b <r>1</r>", nullptr);
-    EXPECT_EQ(root->getTag(), "r");
-    delete root;
+    EXPECT_EQ(parse("<!-- a > b <r>1</r>")->getTag(), "r");
     auto parts = XMLConfig::splitXML("<r>1</r><!-- x > tail -->");
     ASSERT_EQ(parts.size(), 2u);
     EXPECT_EQ(parts[1].first, "");
     EXPECT_EQ(parts[1].second, "tail -->");
+    // Documents without elements.
+    for (const char* text : {"", "just text"}) {
+        XMLConfig document(writeFile("x2.xml", text));
+        EXPECT_EQ(document.getDocumentRoot()->getTag(), "");
+        EXPECT_EQ(document.getDocumentRoot()->getValue(), text);
+    }
 }
 
-TEST(XMLConfig, DocumentsWithoutElements) {
-    XMLConfig empty(writeFile("x2.xml", ""));
-    EXPECT_EQ(empty.getDocumentRoot()->getTag(), "");
-    EXPECT_EQ(empty.getDocumentRoot()->getValue(), "");
-    XMLConfig plain(writeFile("x3.xml", "just text"));
-    EXPECT_EQ(plain.getDocumentRoot()->getTag(), "");
-    EXPECT_EQ(plain.getDocumentRoot()->getValue(), "just text");
-}
-
-TEST(XMLConfig, MalformedDocumentsAreRefused) {
+TEST(XMLConfig, MalformedDocumentsAndMissingFilesAreRefusedDeepOrHugeOnesRead) {
     const char* bad[] = {
         "<?xml version=\"1.0\"?>", "<a>1</a><b>2</b>", "<a b=\"c\">1</a>", "<a/>", "<a><a></a>",
         "<r><a><a></a></r>",       "<>x",              "a > b <c>",          "<a>1",  "<a",
         "<r><x><x><x></x></x></r>",
     };
     for (const char* text : bad) EXPECT_EQ(parseMessage(text), "XML parse error.") << text;
-}
-
-TEST(XMLConfig, MissingFileAndDeepOrHugeInputs) {
-    try {
-        XMLConfig missing(tempPath("no/such.xml"));
-        FAIL();
-    } catch (Exception& e) {
-        EXPECT_EQ(e.toString().substr(0, 15), "Error in: conf,");
-        EXPECT_EQ(e.message, "Cannot open file.");
-    }
-    // A thousand levels are read; beyond ten thousand the reader refuses at
-    // once, before splitting any level.
+    EXPECT_EQ(failureOf([] { XMLConfig missing(tempPath("no/such.xml")); }), "conf: Cannot open file.");
+    // A thousand levels are read; beyond ten thousand the reader refuses at once, before splitting any level.
     auto nested = [](int levels) {
-        std::string text;
-        for (int i = 0; i < levels; ++i) text += "<a>";
-        text += "x";
-        for (int i = 0; i < levels; ++i) text += "</a>";
-        return text;
+        std::string open, close;
+        for (int i = 0; i < levels; ++i) open += "<a>", close += "</a>";
+        return open + "x" + close;
     };
-    std::unique_ptr<XMLElement> root(XMLConfig::parseXML(nested(1000), nullptr));
+    auto root = parse(nested(1000));
     XMLElement* e = root.get();
     for (int i = 1; i < 1000; ++i) e = e->getChildElement("a");
     EXPECT_EQ(e->getValue(), "x");
     for (int levels : {10002, 1000000}) EXPECT_EQ(parseMessage(nested(levels)), "XML parse error.") << levels;
-
     std::string wide = "<r>";
     for (int i = 0; i < 400000; ++i) wide += "<v" + std::to_string(i % 7) + ">1</v" + std::to_string(i % 7) + ">";
     wide += "</r>";
-    root.reset(XMLConfig::parseXML(wide, nullptr));
+    root = parse(wide);
     EXPECT_EQ(root->getChildElements().size(), 400000u);
-
     std::string junk;
     for (int i = 0; i < 100000; ++i) junk += static_cast<char>((i * 131) % 256);
     std::string message = parseMessage(junk);

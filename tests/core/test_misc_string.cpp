@@ -25,53 +25,38 @@ TEST(Messages, WriteTheirLayoutsToStandardOutput) {
     EXPECT_EQ(libVelmora_name_full(), "libVelmora 0.11.3.3");
 }
 
-TEST(TextToNumber, ReadsTheLeadingNumberAndNeverFails) {
+TEST(TextToNumberAndBool, ReadTheLeadingNumberOrTruthAndNeverFail) {
     struct Case { const char* text; double value; } doubles[] = {
         {"1.5e3x", 1500.0}, {"12abc", 12.0}, {"  -0.25", -0.25}, {"", 0.0}, {"   ", 0.0}, {"abc", 0.0}};
     for (const auto& c : doubles) EXPECT_EQ(toDouble(c.text), c.value) << c.text;
-    EXPECT_EQ(toInt("abc"), 0);
-    EXPECT_EQ(toInt(" 42 rest"), 42);
-    EXPECT_EQ(toInt("3.9"), 3);
-    EXPECT_EQ(toInt("99999999999"), INT_MAX);
-    EXPECT_EQ(toInt("-99999999999"), INT_MIN);
+    struct { const char* text; int value; } ints[] = {
+        {"abc", 0}, {" 42 rest", 42}, {"3.9", 3}, {"99999999999", INT_MAX}, {"-99999999999", INT_MIN}};
+    for (const auto& c : ints) EXPECT_EQ(toInt(c.text), c.value) << c.text;
 }
 
 TEST(NumberToText, UsesSixSignificantDigits) {
-    EXPECT_EQ(toString(10000.0), "10000");
-    EXPECT_EQ(toString(1250000.0), "1.25e+06");
-    EXPECT_EQ(toString(0.1), "0.1");
-    EXPECT_EQ(toString(1234.56789), "1234.57");
-    EXPECT_EQ(toString(4294967295u), "4294967295");
-    EXPECT_EQ(toString(-7), "-7");
-    EXPECT_EQ(toString(true), "1");
-    EXPECT_EQ(toString(false), "0");
     char text[] = "abc";
-    EXPECT_EQ(toString(text), "abc");
-    EXPECT_EQ(toString(std::vector<std::string>{"a", "b"}), "a b ");
-    EXPECT_EQ(toString(std::vector<std::string>{}), "");
-}
-
-TEST(TextToBool, AcceptsTrueTAndOneOnly) {
+    const std::pair<std::string, std::string> cases[] = {
+        {toString(10000.0), "10000"}, {toString(1250000.0), "1.25e+06"}, {toString(0.1), "0.1"},
+        {toString(1234.56789), "1234.57"}, {toString(4294967295u), "4294967295"}, {toString(-7), "-7"},
+        {toString(true), "1"}, {toString(false), "0"}, {toString(text), "abc"},
+        {toString(std::vector<std::string>{"a", "b"}), "a b "}, {toString(std::vector<std::string>{}), ""}};
+    for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
+    // Truth values: true, t and 1 only, in either case.
     for (const char* yes : {"true", "TRUE", "t", "T", "1"}) EXPECT_TRUE(toBool(yes)) << yes;
     for (const char* no : {"0", "yes", "on", " true", "", "1 "}) EXPECT_FALSE(toBool(no)) << no;
 }
 
-TEST(SplitString, DropsEmptyPieces) {
+TEST(SplitAndTrim, DropEmptyPiecesAndBlanksOnly) {
     EXPECT_EQ(splitString(",a,,b,", ','), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(splitString("a b  c", ' '), (std::vector<std::string>{"a", "b", "c"}));
-    EXPECT_TRUE(splitString("", ',').empty());
-    EXPECT_TRUE(splitString(",,,", ',').empty());
+    EXPECT_TRUE(splitString("", ',').empty() && splitString(",,,", ',').empty());
     EXPECT_EQ(splitString("single", ','), (std::vector<std::string>{"single"}));
-}
-
-TEST(Trim, RemovesBlanksOnly) {
-    EXPECT_EQ(trimString("\t a "), "\t a");
-    EXPECT_EQ(trimString("   "), "");
-    EXPECT_EQ(trimLeft("  a  "), "a  ");
-    EXPECT_EQ(trimRight("  a  "), "  a");
-    EXPECT_EQ(trimString("a\r"), "a\r");
-    EXPECT_EQ(tolower("AbC1"), "abc1");
-    EXPECT_EQ(toupper("AbC1"), "ABC1");
+    // Trimming removes blanks only.
+    const std::pair<std::string, std::string> cases[] = {
+        {trimString("\t a "), "\t a"}, {trimString("   "), ""}, {trimLeft("  a  "), "a  "}, {trimRight("  a  "), "  a"},
+        {trimString("a\r"), "a\r"}, {tolower("AbC1"), "abc1"}, {toupper("AbC1"), "ABC1"}};
+    for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
     EXPECT_EQ(velmora::min(2.0, 1.0), 1.0);
     EXPECT_EQ(velmora::max(2u, 7u), 7u);
 }

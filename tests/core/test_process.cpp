@@ -23,29 +23,21 @@ TEST(LoadProcessXML, RefusesDocumentsWithoutAKnownModelElement) {
 }
 
 TEST(LoadProcessConfig, NeedsOneOfItsKeysAndAnExactModelName) {
-    Config none;
-    none.setValue("seed", "1", true);
-    EXPECT_EQ(failureOf([&] { delete load_process(&none); }), "process: Unknown model type.");
-
-    Config capitals;
-    capitals.setValue("model", writeFile("cap.txt", "model = MAP\n"), true);
-    EXPECT_EQ(failureOf([&] { delete load_process(&capitals); }), "process: Error loading model.");
-    EXPECT_EQ(capitals.getValue("model"), "MAP");  // the file wins over the command line
-
-    Config missingFile;
-    missingFile.setValue("arta", tempPath("no/such/file"), true);
-    EXPECT_EQ(failureOf([&] { delete load_process(&missingFile); }), "conf: Cannot open file.");
-
-    Config withoutModel;
-    withoutModel.setValue("paramfile", writeFile("nomodel.txt", "seed = 3\n"), true);
-    EXPECT_EQ(failureOf([&] { delete load_process(&withoutModel); }), "conf: Key model does not exist.");
-
-    // A paramfile keeps what the configuration already holds.
-    Config config;
-    config.setValue("model", "unknown-model", true);
-    config.setValue("paramfile", writeFile("pf.txt", "model = map\n"), true);
-    EXPECT_EQ(failureOf([&] { delete load_process(&config); }), "process: Error loading model.");
-    EXPECT_EQ(config.getValue("model"), "unknown-model");
+    // A model file wins over the command line; a paramfile keeps what the configuration already holds.
+    const struct { std::vector<std::pair<std::string, std::string>> entries; const char *failure, *model; } cases[] = {
+        {{{"seed", "1"}}, "process: Unknown model type.", nullptr},
+        {{{"model", writeFile("cap.txt", "model = MAP\n")}}, "process: Error loading model.", "MAP"},
+        {{{"arta", tempPath("no/such/file")}}, "conf: Cannot open file.", nullptr},
+        {{{"paramfile", writeFile("nomodel.txt", "seed = 3\n")}}, "conf: Key model does not exist.", nullptr},
+        {{{"model", "unknown-model"}, {"paramfile", writeFile("pf.txt", "model = map\n")}},
+         "process: Error loading model.", "unknown-model"},
+    };
+    for (const auto& c : cases) {
+        Config config;
+        for (const auto& e : c.entries) config.setValue(e.first, e.second, true);
+        EXPECT_EQ(failureOf([&] { delete load_process(&config); }), c.failure);
+        if (c.model != nullptr) { EXPECT_EQ(config.getValue("model"), c.model); }
+    }
 }
 
 TEST(LoadProcessXML, EachModelTagBuildsItsClassAndTheTableOrderDecides) {

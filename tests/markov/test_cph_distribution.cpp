@@ -1,8 +1,7 @@
-// Uniformization, the distribution curves of a CPH on their fixed grid, and
-// the generator walking the absorbing chain.
+// Uniformization, the distribution curves of a CPH on their fixed grid, and the generator walking the chain.
 #include "markov/cph.h"
 #include "markov_helpers.h"
-#include "numerics/random.h"
+#include "traces/trace.h"
 
 using namespace velmora;
 using namespace markov_test;
@@ -34,30 +33,21 @@ TEST(Uniformization, PoissonWeightsAreRelativeToTheMode) {
     EXPECT_EQ(R, 0);
 }
 
-TEST(Uniformization, StepGivesTheTransientVectorOfTheMatrixExponential) {
+TEST(Uniformization, StepGivesTheTransientVectorAndZeroMeanCopiesIt) {
     Matrix P = denseT() / 3 + Matrix(3, 3, MATRIX_IDENTITY), v = denseTau().toMatrix(), scratch, result;
     map_ph_randomization(&P, &v, &scratch, &result, 3, 0.37, 1e-12);
-    // tau @ scipy.linalg.expm(0.37 * T); v is renormalised, its mass being
-    // more than 0.001 away from 1.
+    // tau @ scipy.linalg.expm(0.37 * T); v is renormalised, its mass being more than 0.001 away from 1.
     const double expm[] = {0.20522678141133438, 0.24189131697953364, 0.2368315594798442};
     for (unsigned j = 0; j < 3; j++) {
         EXPECT_NEAR(result(0, j), expm[j], 1e-12) << j;
         EXPECT_NEAR(v(0, j), expm[j] / (expm[0] + expm[1] + expm[2]), 1e-12) << j;
     }
-}
-
-TEST(Uniformization, ZeroMeanCopiesTheVectorAndOtherOrdersAreRefused) {
-    Matrix P(2, 2, MATRIX_IDENTITY);
-    Matrix v = mat({{0.2, 0.3}});
-    Matrix scratch, result;
-    map_ph_randomization(&P, &v, &scratch, &result, 0, 5, 1e-12);
-    // result keeps the mass, v is scaled to 1.
+    // A zero mean copies the vector: result keeps the mass, w is scaled to 1. Other orders are refused.
+    Matrix I2(2, 2, MATRIX_IDENTITY), I3(3, 3, MATRIX_IDENTITY), w = mat({{0.2, 0.3}});
+    map_ph_randomization(&I2, &w, &scratch, &result, 0, 5, 1e-12);
     EXPECT_EQ(result, mat({{0.2, 0.3}}));
-    EXPECT_DOUBLE_EQ(v(0, 0), 0.4);
-    EXPECT_DOUBLE_EQ(v(0, 1), 0.6);
-
-    Matrix P3(3, 3, MATRIX_IDENTITY);
-    EXPECT_EQ(failureOf([&] { map_ph_randomization(&P3, &v, &scratch, &result, 1, 1, 1e-12); }),
+    expectNear(w, mat({{0.4, 0.6}}), 1e-15, "w");
+    EXPECT_EQ(failureOf([&] { map_ph_randomization(&I3, &w, &scratch, &result, 1, 1, 1e-12); }),
               "cph: These Matrices cannot be multiplied.");
     Matrix D0 = mat({{-1, 0}, {0, -2}});
     EXPECT_EQ(failureOf([&] { CPH::computeDistribution(0, 1, D0, mat({{1, 0, 0}}), D0 * -1.0); }),
@@ -73,9 +63,7 @@ TEST(CPHDistribution, CurvesMatchTheMatrixExponential) {
     };
     CPH c(denseT(), denseTau());
     Distribution d = c.computeDistribution(0.5, 2.5);
-    ASSERT_EQ(d.cdf.size(), 2002u);
-    ASSERT_EQ(d.pdf.size(), 2002u);
-    ASSERT_EQ(d.ccdf.size(), 2002u);
+    ASSERT_TRUE(d.cdf.size() == 2002u && d.pdf.size() == 2002u && d.ccdf.size() == 2002u);
     for (const Point& p : points) {
         EXPECT_NEAR(d.cdf[p.index].first, p.x, 1e-12);
         EXPECT_NEAR(d.cdf[p.index].second, p.cdf, 1e-9) << p.x;
@@ -109,7 +97,6 @@ TEST(CPHDistribution, GridIsAnchoredAtZero) {
     EXPECT_EQ(failureOf([&] { e.computeDistribution(0, INFINITY); }), "cph: Invalid range for distribution.");
     EXPECT_EQ(failureOf([&] { CPH(mat({{-1, 1}, {1, -1}}), row({1, 0})).computeDistribution(0, 1); }),
               "misc_linalg: Singular matrix.");
-
     // Mass at zero shows after the first point. D1 is the exit rate times
     // tau, so the density carries the factor 0.7 of tau once more.
     Distribution d = CPH(mat({{-1}}), row({0.7})).computeDistribution(0, 1);
@@ -129,21 +116,14 @@ TEST(CPHGeneration, DrawsFollowTheChainAndMatchItsMoments) {
     for (double x : {0.0, 0.0, 0.0, 0.41735616647366502, 1.0484078406376303, 0.23957613252865109, 0.7923913560194944,
                      0.10491980757702729})
         EXPECT_EQ(b.getNextRandomVariate(), x);
-
-    // A chain with cycles: standard errors 0.0034 (mean) and 0.0105
-    // (variance) at this length, from the moments.
+    // A chain with cycles: standard errors 0.0034 (mean) and 0.0105 (variance) at this length, from the moments.
     CPH c(denseT(), denseTau());
     c.initRandomNumberGeneration(12345);
-    const int n = 100000;
-    double sum = 0, sum2 = 0;
-    for (int i = 0; i < n; i++) {
-        double x = c.getNextRandomVariate();
-        sum += x;
-        sum2 += x * x;
-    }
-    double mean = sum / n;
-    EXPECT_NEAR(mean, 1.045090909090909, 4 * 0.0034);
-    EXPECT_NEAR(sum2 / n - mean * mean, 1.1676091239669426, 4 * 0.0105);
+    std::vector<double> draws(100000);
+    for (double& x : draws) x = c.getNextRandomVariate();
+    Trace sample(draws);
+    EXPECT_NEAR(sample.getMoments(1, 1)[0], 1.045090909090909, 4 * 0.0034);
+    EXPECT_NEAR(sample.getVariance(), 1.1676091239669426, 4 * 0.0105);
 }
 
 TEST(CPHGeneration, ChainsThatCannotBeWalkedAreRefused) {

@@ -1,7 +1,5 @@
-// MAP: validity, the likelihood against closed forms and an independent
-// computation, the distribution curves, the order of random draws of the
-// generator, and the renewal MAP of a phase-type distribution. The statistics
-// of a long generated stream are checked end to end through sylvar.
+// MAP: validity, likelihood, distribution, the order of the generator's draws, and the renewal MAP of a CPH.
+// The statistics of a long generated stream are checked end to end through sylvar.
 #include "markov/cph.h"
 #include "markov/maps.h"
 #include "markov_helpers.h"
@@ -12,12 +10,10 @@ using namespace velmora;
 using namespace markov_test;
 
 namespace {
-
 // Erlang with two stages of rate 1 as a MAP: both phases are passed in every interval.
 MAP erlangTwo() { return MAP(mat({{-1, 1}, {0, -1}}), mat({{0, 0}, {1, 0}})); }
 
 const std::vector<double> INTERVALS = {0.3, 1.7, 0.05, 2.4, 0.9, 0.0, 3.3, 0.6};
-
 }  // namespace
 
 TEST(MAP, ValidityFollowsSignsShapesAndRowSums) {
@@ -38,7 +34,6 @@ TEST(MAP, ValidityFollowsSignsShapesAndRowSums) {
     for (const Case& c : cases) EXPECT_EQ(map.valid_map(c.d0, c.d1), c.valid) << c.what;
     EXPECT_TRUE(map.valid_map(mat({{-1, 1}, {0, -1}})));
     EXPECT_FALSE(map.valid_map(mat({{-1, 2}, {0, -1}})));
-
     EXPECT_EQ(map.get_generator_matrix(), mat({{-1, 1}, {1, -1}}));
     MAP invalid(mat({{-1}}), mat({{2}}));
     EXPECT_EQ(failureOf([&] { invalid.get_generator_matrix(); }), "maps: Not a valid MAP!");
@@ -56,10 +51,8 @@ TEST(MAP, LikelihoodAgreesWithClosedFormAndIndependentComputation) {
     EXPECT_NEAR(poisson.computeLikelihood(&trace), expected, 1e-9 * std::fabs(expected));
     Trace empty;
     EXPECT_NEAR(poisson.computeLikelihood(&empty), 0.0, 1e-15);
-
-    // Order 3: numpy/scipy on the same matrices, the forward recursion
-    // a <- a expm(D0 x) D1 with scipy.linalg.expm, rescaled at each step, and
-    // pi from the eigenvector of P^T.
+    // Order 3: numpy/scipy, the forward recursion a <- a expm(D0 x) D1 with scipy.linalg.expm, rescaled at
+    // each step, and pi from the eigenvector of P^T.
     MAP map(order3D0(), order3D1());
     Trace eight(INTERVALS);
     EXPECT_NEAR(map.computeLikelihood(&eight), -9.343313236459686, 1e-9 * 9.343313236459686);
@@ -72,7 +65,6 @@ TEST(MAP, DistributionAndSummaryOfErlangIntervals) {
     EXPECT_NEAR(map.evalPDF(1.0), 0.36787944117144233, 1e-9);
     EXPECT_DOUBLE_EQ(map.evalPDF(0.0), 0.0);
     EXPECT_DOUBLE_EQ(map.evalCDF(0.0), 0.0);
-
     // The summary ends with a table of six rows: t e^-t and 1 - (1 + t) e^-t.
     // The row of 0.2 + 0.2 + 0.2, a little above 0.6, reads the grid point 0.601.
     const std::string table =
@@ -87,14 +79,11 @@ TEST(MAP, DistributionAndSummaryOfErlangIntervals) {
     EXPECT_EQ(map.toString(FORMAT_CONFIG).substr(0, 12), "model = map\n");
 }
 
-// The stream is: one uniform for the start phase (by the embedded stationary
-// vector), then per step one exponential of the phase's rate and one uniform
-// for the jump, and the jumps without an event come first.
+// One uniform for the start phase (embedded stationary vector), then per step an exponential of the phase's
+// rate and a uniform for the jump, jumps without an event first. Phase 0 goes to phase 1 without an event with
+// probability 3/4; phase 1 ends the interval in phase 0 up to 1/2. Seed 1 starts in phase 0, seed 4 in phase 1;
+// the values were recorded when checked draw by draw against that order.
 TEST(MAP, GeneratorDrawsInTheDescribedOrder) {
-    // Phase 0 jumps without an event to phase 1 with probability 3/4, with an
-    // event to phase 0 otherwise; phase 1 ends the interval in phase 0 up to
-    // 1/2 and in phase 1 above. Seed 1 starts in phase 0, seed 4 in phase 1;
-    // the values were recorded when checked draw by draw against that order.
     MAP map(mat({{-4, 3}, {0, -1}}), mat({{1, 0}, {0.5, 0.5}}));
     const std::pair<unsigned, std::vector<double>> streams[] = {
         {1, {0.070529406206374864, 0.51464825470627518, 1.285762293249769, 0.63760168659329519}},
@@ -113,7 +102,6 @@ TEST(MAP, WalksThatCannotStartOrEndAreRefused) {
     map.initRandomNumberGeneration(3);
     MAP copy(map);
     EXPECT_EQ(failureOf([&] { copy.getNextRandomVariate(); }), "maps: Initialize Random Number Generation first.");
-
     struct Case { const char* name; Matrix d0, d1; } cases[] = {
         // Phases 1 and 2 pass the chain between them and leak, but never
         // give an event: a walk that enters them could not end.
@@ -125,11 +113,8 @@ TEST(MAP, WalksThatCannotStartOrEndAreRefused) {
     for (const Case& c : cases) {
         MAP trapped(c.d0, c.d1);
         trapped.initRandomNumberGeneration(1);
-        EXPECT_EQ(failureOf([&] {
-                      for (int i = 0; i < 1000; i++) trapped.getNextRandomVariate();
-                  }),
-                  "maps: No event can be reached from the current phase.")
-            << c.name;
+        EXPECT_EQ(failureOf([&] { for (int i = 0; i < 1000; i++) trapped.getNextRandomVariate(); }),
+                  "maps: No event can be reached from the current phase.") << c.name;
     }
 }
 
@@ -138,12 +123,10 @@ TEST(CPH, RenewalMAPHasIndependentIntervals) {
     MAP map = cph.asMAP();
     EXPECT_EQ(map.getD0(), cph.getT());
     expectRelative(map.getD1(), mat({{0.4, 0.6}, {1.2, 1.8}}), 1e-15, "D1");
-
     std::vector<double> m = cph.getMoments(0, 3);
     Matrix J = cph.getJointMoments(0, 3);
     for (unsigned i = 0; i <= 3; i++)
         for (unsigned j = 0; j <= 3; j++) EXPECT_NEAR(J(i, j), m[i] * m[j], 1e-12 * m[i] * m[j]);
-
     // Sum of the logarithms of the hyper-exponential density 0.4 e^-x + 1.8 e^-3x.
     Trace trace(INTERVALS);
     EXPECT_NEAR(cph.computeLikelihood(&trace), -10.412656076637827, 1e-9 * 10.412656076637827);

@@ -1,8 +1,6 @@
 // The possible jumps of a row of running sums and the states that reach an end.
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "numerics/jump_chain.h"
 
 using namespace velmora;
@@ -16,12 +14,7 @@ TEST(JumpChain, RunningSumsAndTheJumpsADrawCanTake) {
     EXPECT_EQ(std::vector<double>(sums, sums + 2), std::vector<double>({2, 0.5}));
     EXPECT_EQ(std::vector<unsigned>(targets, targets + 2), std::vector<unsigned>({1, 2}));
     EXPECT_EQ(sum, 0.5);
-
-    struct Case {
-        std::vector<double> sums;
-        std::vector<unsigned char> possible;
-        bool passes;
-    } cases[] = {
+    struct Case { std::vector<double> sums; std::vector<unsigned char> possible; bool passes; } cases[] = {
         {{0.2, 0.5, 0.9}, {1, 1, 1}, true},
         {{0.5, 1.0, 1.2}, {1, 1, 0}, false},  // nothing is left behind a sum of 1
         {{2, 0.5}, {1, 0}, false},            // a large first sum hides the rest

@@ -1,18 +1,15 @@
-// Matrix and Vector: construction, the two text forms, checked access and
-// the failures with their messages.
+// Matrix and Vector: construction, the two text forms, checked access and the failures with their messages.
 #include "support/test_support.h"
 
 using namespace velmora;
 using velmora_test::failureOf;
 
 namespace {
-
 const std::string INDEX = "matrix: Invalid row or col index.";
 const std::string COUNTS = "matrix: Invalid value for number of rows or cols.";
 const std::string NOT_A_MATRIX = "matrix: Not a matrix.";
 
 Matrix m22() { return Matrix({{1, 2}, {3, 4}}); }
-
 }  // namespace
 
 TEST(Matrix, EveryRefusalAndIndexCheckCarriesItsMessage) {
@@ -57,13 +54,30 @@ TEST(Matrix, EveryRefusalAndIndexCheckCarriesItsMessage) {
     EXPECT_EQ(m, m22());  // failures leave the operand unchanged
 }
 
-TEST(Matrix, ConstructorsFillByTypeOrderAndStructure) {
-    EXPECT_EQ(Matrix(2, 2, MATRIX_IDENTITY), Matrix({{1, 0}, {0, 1}}));
-    EXPECT_EQ(Matrix(1, 3, MATRIX_ONES), Matrix({{1, 1, 1}}));
-    EXPECT_EQ(Matrix({1, 2, 3, 4, 5, 6}, 2, 3, true), Matrix({{1, 2, 3}, {4, 5, 6}}));
-    EXPECT_EQ(Matrix({1, 2, 3, 4, 5, 6}, 2, 3, false), Matrix({{1, 3, 5}, {2, 4, 6}}));
-    EXPECT_EQ(Matrix({1, 2}, MATRIX_COLUMN), Matrix({{1}, {2}}));
-    EXPECT_EQ(Matrix({1, 2}, MATRIX_DIAGONAL), Matrix({{1, 0}, {0, 2}}));
+TEST(Matrix, ConstructorsOperationsAndPowersGiveTheirMatrices) {
+    // Products sum in index order: (1e16 + 1) - 1e16 is 0. Powers multiply from the right and invert for
+    // negative exponents.
+    Matrix m = m22(), p({{2, 1}, {1, 1}});
+    const std::pair<Matrix, Matrix> cases[] = {
+        {Matrix(2, 2, MATRIX_IDENTITY), Matrix({{1, 0}, {0, 1}})}, {Matrix(1, 3, MATRIX_ONES), Matrix({{1, 1, 1}})},
+        {Matrix({1, 2, 3, 4, 5, 6}, 2, 3, true), Matrix({{1, 2, 3}, {4, 5, 6}})},
+        {Matrix({1, 2, 3, 4, 5, 6}, 2, 3, false), Matrix({{1, 3, 5}, {2, 4, 6}})},
+        {Matrix({1, 2}, MATRIX_COLUMN), Matrix({{1}, {2}})},
+        {Matrix({1, 2}, MATRIX_DIAGONAL), Matrix({{1, 0}, {0, 2}})},
+        {m.downshift(), Matrix({{0, 0}, {1, 2}})}, {Matrix({{1, 2, 3}}).transpose(), Matrix({{1}, {2}, {3}})},
+        {2.0 * m, Matrix({{2, 4}, {6, 8}})}, {m / 2.0, Matrix({{0.5, 1}, {1.5, 2}})},
+        {-m + m * 3.0, Matrix({{2, 4}, {6, 8}})}, {m - m, Matrix(2, 2, MATRIX_ZERO)},
+        {m * m, Matrix({{7, 10}, {15, 22}})},
+        {Matrix({{1e16, 1, -1e16}}) * Matrix({{1}, {1}, {1}}), Matrix({{0}})},
+        {p ^ 0, Matrix(2, 2, MATRIX_IDENTITY)}, {p ^ 3, p * p * p}, {p ^ -2, Matrix({{2, -3}, {-3, 5}})},
+        {p.inverse(), Matrix({{1, -1}, {-1, 2}})},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
+    EXPECT_FALSE(m == Matrix({{1, 2}}));
+    EXPECT_FALSE(m == Matrix({{1, 2}, {3, 4.000000000000001}}));
+    Matrix small({{0.5, -0.49}, {-0.5, 1e-9}});
+    small.eliminateSmallValues(0.5);
+    EXPECT_EQ(small, Matrix({{0.5, 0}, {-0.5, 0}}));
 }
 
 TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
@@ -71,8 +85,7 @@ TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
         {"  1   2  \n3 4 ", Matrix({{1, 2}, {3, 4}})},  // extra blanks add no tokens
         {"0.5 -1e-3", Matrix({{0.5, -0.001}})},
         {"1 x\n3 4", Matrix({{1, 0}, {3, 4}})},  // what can't be read counts as 0
-        // An empty line inside the text does not stand by itself: its line
-        // feed heads the next line.
+        // An empty line inside the text does not stand by itself: its line feed heads the next line.
         {"1 2\n\n3 4", Matrix({{1, 2}, {3, 4}})},
         {"\n1 2\n3 4", Matrix({{1, 2}, {3, 4}})},
         {"1\n\n\n3", Matrix({{1}, {0}, {3}})},  // a lone line feed reads as 0
@@ -86,7 +99,6 @@ TEST(Matrix, TextFormReadsWithItsLineFeedQuirkAndWritesBack) {
         {" \n1 2", COUNTS},
     };
     for (const Bad& c : bad) EXPECT_EQ(failureOf([&] { Matrix m(c.text); }), c.failure) << c.text;
-
     // Written with the given significant digits, the form reads back.
     Matrix m({{1.0 / 3, -2}, {1e-12, 123456789}});
     EXPECT_EQ(m.toString(3), "0.333 -2 \n1e-12 1.23e+08 \n");
@@ -111,7 +123,6 @@ TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
     EXPECT_EQ(m, Matrix({{7, 7, 1}, {0, -1, 2}, {70, -2, 3}}));
     m.setDiag({1, 1, 1});
     EXPECT_EQ(m.getDiag(), (std::vector<double>{1, 1, 1}));
-
     Matrix r = m22();
     r.resize(3, 1);
     EXPECT_EQ(r, Matrix({{1}, {3}, {0}}));
@@ -121,18 +132,15 @@ TEST(Matrix, BlockAccessAndResizeTouchTheRightEntries) {
 
 TEST(Matrix, ScalarQueriesAndShapeTestsAreExact) {
     Matrix m({{-1, 2, -7}, {4, -0.5, 3}});
-    EXPECT_EQ(m.getLargestValue(), 4);
-    EXPECT_EQ(m.getSmallestValue(), -7);
-    EXPECT_EQ(m.getLargestValueAbs(), 7);
-    EXPECT_EQ(m.getSmallestValueAbs(), 0.5);
-    EXPECT_EQ(m.getLargestValueDiag(), -0.5);
-    EXPECT_EQ(m.getLargestValueAbsDiag(), 1);
-    EXPECT_EQ(m.getSum(), 0.5);
+    const std::pair<double, double> scalars[] = {  // largest, smallest, by magnitude, on the diagonal, sum
+        {m.getLargestValue(), 4}, {m.getSmallestValue(), -7}, {m.getLargestValueAbs(), 7},
+        {m.getSmallestValueAbs(), 0.5}, {m.getLargestValueDiag(), -0.5}, {m.getLargestValueAbsDiag(), 1},
+        {m.getSum(), 0.5}};
+    for (const auto& s : scalars) EXPECT_EQ(s.first, s.second);
     EXPECT_EQ(m.getRowSums(), Matrix({{-6}, {6.5}}));
     EXPECT_TRUE(Matrix({{1, 0}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 1e-300}, {2, 3}}).isLowerTriangular());
     EXPECT_FALSE(Matrix({{1, 5}, {1e-300, 3}}).isUpperTriangular());
-
     // The subgenerator test has no tolerance either.
     struct Case { Matrix m; bool expected; } cases[] = {
         {Matrix({{-1, 1}, {2, -3}}), true},
@@ -146,37 +154,8 @@ TEST(Matrix, ScalarQueriesAndShapeTestsAreExact) {
     for (const Case& c : cases) EXPECT_EQ(c.m.isSubgeneratorMatrix(), c.expected) << c.m.toString(6);
 }
 
-TEST(Matrix, WholeMatrixOperationsAndPowers) {
-    Matrix m = m22();
-    EXPECT_EQ(m.downshift(), Matrix({{0, 0}, {1, 2}}));
-    EXPECT_EQ(Matrix({{1, 2, 3}}).transpose(), Matrix({{1}, {2}, {3}}));
-    EXPECT_EQ(2.0 * m, Matrix({{2, 4}, {6, 8}}));
-    EXPECT_EQ(m / 2.0, Matrix({{0.5, 1}, {1.5, 2}}));
-    EXPECT_EQ(-m + m * 3.0, Matrix({{2, 4}, {6, 8}}));
-    EXPECT_EQ(m - m, Matrix(2, 2, MATRIX_ZERO));
-    EXPECT_EQ(m * m, Matrix({{7, 10}, {15, 22}}));
-    // Products sum in index order: (1e16 + 1) - 1e16.
-    EXPECT_EQ(Matrix({{1e16, 1, -1e16}}) * Matrix({{1}, {1}, {1}}), Matrix({{0}}));
-    EXPECT_FALSE(m == Matrix({{1, 2}}));
-    EXPECT_FALSE(m == Matrix({{1, 2}, {3, 4.000000000000001}}));
-    Matrix small({{0.5, -0.49}, {-0.5, 1e-9}});
-    small.eliminateSmallValues(0.5);
-    EXPECT_EQ(small, Matrix({{0.5, 0}, {-0.5, 0}}));
-
-    // Powers multiply from the right and invert for negative exponents.
-    Matrix p({{2, 1}, {1, 1}});
-    EXPECT_EQ(p ^ 0, Matrix(2, 2, MATRIX_IDENTITY));
-    EXPECT_EQ(p ^ 3, p * p * p);
-    EXPECT_EQ(p ^ -2, Matrix({{2, -3}, {-3, 5}}));
-    EXPECT_EQ(p.inverse(), Matrix({{1, -1}, {-1, 2}}));
-}
-
 TEST(Matrix, RowTimesMatrixSumsInAscendingOrder) {
-    struct Case {
-        std::vector<double> v;
-        Matrix P;
-        std::vector<double> expected;
-    } cases[] = {
+    struct Case { std::vector<double> v; Matrix P; std::vector<double> expected; } cases[] = {
         {{1, 2}, Matrix({{3, 4}, {5, 6}}), {13, 16}},
         {{2}, Matrix({{1, -1, 0.5}}), {2, -2, 1}},
         // (1 + 1e16) - 1e16 in this order loses the 1; the reverse order keeps it.
@@ -202,10 +181,6 @@ TEST(Vector, OrientationSingleIndexAccessAndArithmeticWithMatricesAndVectors) {
     EXPECT_FALSE(t == col);  // orientation counts
     EXPECT_EQ(t.toString(6), "1.5 5 4 \n");
 
-    Vector v({1, -2}, true);
-    EXPECT_EQ(1.0 + v, Vector({2, -1}, true));
-    EXPECT_EQ(3.0 * v, Vector({3, -6}, true));
-    EXPECT_EQ(-v / 2.0, Vector({-0.5, 1}, true));
     Vector w({1, 2, 1}, true);
     w.normalize();
     EXPECT_EQ(w.asVector(), (std::vector<double>{0.25, 0.5, 0.25}));
@@ -213,17 +188,17 @@ TEST(Vector, OrientationSingleIndexAccessAndArithmeticWithMatricesAndVectors) {
     s.setSubvector(2, Vector({7, 8}, true));
     EXPECT_EQ(s.asVector(), (std::vector<double>{0, 0, 7, 8}));
 
+    // A column vector keeps column 0 of its product, a row vector row 0; sums run over the left operand.
     Matrix m = m22();
-    Vector row({1, 1}, true), ones({1, 1}, false);
-    EXPECT_EQ(row * m, Vector({4, 6}, true));
-    EXPECT_EQ(m * ones, Vector({3, 7}, false));
-    // A column vector keeps column 0 of its product, a row vector row 0.
-    EXPECT_EQ(Vector({1, 2}, false) * Matrix({{3, 4}}), Vector({3, 6}, false));
-    EXPECT_EQ(Matrix({{3}, {4}}) * Vector({1, 2}, true), Vector({3, 6}, true));
+    Vector v({1, -2}, true), row({1, 1}, true), ones({1, 1}, false), a({1, 2}, true), b({10, 20, 30}, true);
+    const std::pair<Vector, Vector> cases[] = {
+        {1.0 + v, Vector({2, -1}, true)}, {3.0 * v, Vector({3, -6}, true)}, {-v / 2.0, Vector({-0.5, 1}, true)},
+        {row * m, Vector({4, 6}, true)}, {m * ones, Vector({3, 7}, false)},
+        {Vector({1, 2}, false) * Matrix({{3, 4}}), Vector({3, 6}, false)},
+        {Matrix({{3}, {4}}) * Vector({1, 2}, true), Vector({3, 6}, true)},
+        {a + b, Vector({11, 22}, true)}, {a - b, Vector({-9, -18}, true)},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
     EXPECT_EQ(row * ones, Matrix({{2}}));
     EXPECT_EQ(Vector({1, 2}, false) * Vector({3, 4}, true), Matrix({{3, 4}, {6, 8}}));
-    // Sums run over the left operand.
-    Vector a({1, 2}, true), b({10, 20, 30}, true);
-    EXPECT_EQ(a + b, Vector({11, 22}, true));
-    EXPECT_EQ(a - b, Vector({-9, -18}, true));
 }

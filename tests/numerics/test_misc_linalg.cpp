@@ -1,6 +1,5 @@
-// Dense linear algebra: elimination, inversion, the singular value
-// decomposition, the Cholesky factor, stationary vectors and reduced moments,
-// checked against numpy.linalg (figures below computed with numpy 1.24).
+// Dense linear algebra: elimination, inversion, the singular value decomposition, the Cholesky factor,
+// stationary vectors and reduced moments, checked against numpy.linalg (figures computed with numpy 1.24).
 #include "numerics/misc_linalg.h"
 #include "support/test_support.h"
 
@@ -9,9 +8,7 @@ using velmora_test::expectNear;
 using velmora_test::failureOf;
 
 TEST(GaussJordan, InversesAgreeWithNumpyAndTinyPivotsAreRefused) {
-    struct Case {
-        std::vector<std::vector<double>> a, inv;  // numpy.linalg.inv
-    } cases[] = {
+    struct Case { std::vector<std::vector<double>> a, inv; } cases[] = {  // numpy.linalg.inv
         {{{-0.1, 0.4, 0.6}, {-0.8, 1.8, -0.1}, {0.5, 0.5, -1.3}},
          {{2.320162107396151, -0.8308004052684904, 1.1347517730496453}, {1.1043566362715302, 0.17223910840932116, 0.49645390070921985}, {1.3171225937183386, -0.25329280648429586, -0.1418439716312057}}},
         {{{-1.8, -0.4, 1.1, 1.3, 0.9}, {-1.5, 1.7, 1.2, 1.5, 0.1}, {1.7, -1.8, -1.9, -1.9, -1.0}, {-1.0, -1.2, 0.3, -1.8, 0.4}, {-1.3, 0.7, -1.9, -0.8, 1.8}},
@@ -66,9 +63,7 @@ TEST(SingularValueDecomposition, SingularValuesAgreeWithNumpyAndRectangularMatri
                Matrix({{0.84008074278775424, 1.6939240395477839, 2.6590169304254481, 2.9258030309797554,
                         4.5512845748711221}}),
                1e-12, "5 x 5");
-
-    // A 2 x 3 matrix: numpy's two values and 0 for the padding, and column j
-    // of the orthogonal V belongs to q[j]: |A v_j| = q[j].
+    // A 2 x 3 matrix: numpy's two values and 0 for the padding; column j of the orthogonal V has |A v_j| = q[j].
     Matrix b({{1, 2, 3}, {4, 5, 6}});
     std::vector<Matrix> svd = SingularValueDecomposition(b);
     ASSERT_EQ(svd.size(), 2u);
@@ -82,7 +77,6 @@ TEST(SingularValueDecomposition, SingularValuesAgreeWithNumpyAndRectangularMatri
         Vector av = b * Vector(V.getCol(j), false);
         EXPECT_NEAR(std::sqrt((av.transpose() * av).getValue(0, 0)), q[j], 1e-12) << j;
     }
-
     // A zero matrix is already diagonal; a NaN entry ends in a failure, not a hang.
     std::vector<Matrix> zero = SingularValueDecomposition(Matrix(3, 3, MATRIX_ZERO));
     EXPECT_EQ(zero[1], Matrix(1, 3, MATRIX_ZERO));
@@ -96,57 +90,48 @@ TEST(Cholesky, FactorAgreesWithNumpy) {
     Matrix a({{2.9, 1.39, 0.16, 1.19}, {1.39, 3.41, 0.46, 0.17}, {0.16, 0.46, 3.01, -0.06}, {1.19, 0.17, -0.06, 2.26}});
     Matrix l = CholeskyDecomposition(a);
     // numpy.linalg.cholesky
-    Matrix expected({{1.70293863659264, 0.0, 0.0, 0.0},
-                     {0.8162361051254378, 1.6564294795401509, 0.0, 0.0},
-                     {0.09395523512235256, 0.2314075845438339, 1.716864276408794, 0.0},
-                     {0.6987920612224972, -0.24171225837877422, -0.04060957147618169, 1.3082873163133422}});
-    expectNear(l, expected, 1e-14, "L");
+    expectNear(l, Matrix({{1.70293863659264, 0.0, 0.0, 0.0}, {0.8162361051254378, 1.6564294795401509, 0.0, 0.0},
+                          {0.09395523512235256, 0.2314075845438339, 1.716864276408794, 0.0},
+                          {0.6987920612224972, -0.24171225837877422, -0.04060957147618169, 1.3082873163133422}}),
+               1e-14, "L");
     // Not positive definite: the NaN spreads instead of a failure.
     EXPECT_TRUE(std::isnan(CholeskyDecomposition(Matrix({{1, 2}, {2, 1}})).getValue(1, 1)));
 }
 
 TEST(SteadyState, AgreesWithNumpy) {
-    struct Case {
-        std::vector<std::vector<double>> g;
-        bool stochastic;
-        std::vector<double> x;  // numpy.linalg.lstsq of [G^T; 1] x = (0, ..., 0, 1)
-    } cases[] = {
+    // x: numpy.linalg.lstsq of [G^T; 1] x = (0, ..., 0, 1)
+    struct Case { std::vector<std::vector<double>> g; bool stochastic; std::vector<double> x; } cases[] = {
         {{{-1.0, 1.0}, {2.0, -2.0}}, false, {0.66666666666666663, 0.3333333333333332}},
         {{{0.0, 1.0}, {1.0, 0.0}}, true, {0.5, 0.5}},
         {{{-4.9, 1.5, 0.7, 0.0, 0.6, 2.1}, {0.6, -4.4, 0.0, 2.5, 0.5, 0.8}, {2.6, 1.5, -8.5, 1.9, 2.2, 0.3}, {1.6, 1.5, 2.6, -7.7, 1.8, 0.2}, {1.2, 1.0, 0.5, 2.4, -8.0, 2.9}, {1.8, 1.8, 1.9, 2.0, 0.5, -8.0}}, false,
          {0.22137639968951045, 0.25159887111438928, 0.10826603787496361, 0.17693575292399977, 0.11014192743030451, 0.13168101096683199}},
         {{{-12.9, 1.2, 0.3, 2.9, 0.6, 2.0, 0.9, 2.6, 2.0, 0.4}, {2.5, -15.600000000000001, 2.7, 1.7, 0.4, 0.6, 2.8, 1.7, 0.5, 2.7}, {1.9, 1.7, -12.2, 1.2, 0.7, 0.1, 2.6, 1.4, 1.6, 1.0}, {2.3, 0.1, 1.1, -14.299999999999999, 0.4, 2.9, 2.0, 1.3, 1.6, 2.6}, {1.0, 1.8, 2.1, 1.1, -14.3, 2.3, 2.7, 0.5, 2.8, 0.0}, {2.3, 2.4, 0.4, 1.3, 2.4, -16.799999999999997, 1.9, 2.4, 1.5, 2.2}, {0.7, 0.6, 1.1, 0.5, 1.0, 2.8, -11.4, 1.0, 0.8, 2.9}, {1.3, 2.9, 1.5, 1.6, 2.7, 2.2, 1.7, -17.700000000000003, 2.6, 1.2}, {2.8, 0.2, 1.3, 1.6, 2.9, 0.8, 2.4, 2.0, -15.900000000000002, 1.9}, {2.9, 1.0, 1.2, 0.6, 0.2, 0.6, 2.7, 2.5, 0.3, -12.0}}, false,
          {0.12859454561702274, 0.074622394631207123, 0.08979203962260944, 0.086571090433830711, 0.075970464398315424, 0.090221499766362137, 0.15741938037953507, 0.089696499597411689, 0.083087091081962272, 0.12402499447174238}},
-        // Two closed classes, so no unique least-squares figure: the singular
-        // values of G^T come out as (2, 0, 4, 0), the first zero is taken.
+        // Two closed classes, no unique least-squares figure: singular values (2, 0, 4, 0), the first zero is taken.
         {{{-1, 1, 0, 0}, {1, -1, 0, 0}, {0, 0, -2, 2}, {0, 0, 2, -2}}, false, {0.5, 0.5, 0, 0}},
         {{{0.5, 0.5, 0.0, 0.0, 0.0}, {0.2, 0.3, 0.5, 0.0, 0.0}, {0.0, 0.25, 0.25, 0.5, 0.0}, {0.0, 0.0, 0.1, 0.4, 0.5}, {0.9, 0.0, 0.0, 0.0, 0.1}}, true,
          {0.27353595255744995, 0.26686434395848763, 0.20014825796886576, 0.16679021497405486, 0.092661230541141629}},
     };
     for (const Case& c : cases) {
         Matrix x = compute_steady_state_probability_vector(Matrix(c.g), c.stochastic);
-        // The decomposition stops once the off-diagonal entries are below
-        // 1.5e-8 times the matrix scale: stationary vectors carry errors of a
-        // few 1e-8 at most, and these within 1e-8.
+        // The decomposition stops at off-diagonal entries below 1.5e-8 times the matrix scale: errors of a few
+        // 1e-8 at most, and these within 1e-8.
         expectNear(x, Matrix(c.x, MATRIX_ROW), 1e-8, Matrix(c.g).toString(3));
     }
 }
 
 TEST(SteadyState, DecompositionStopsAtItsRelativeThreshold) {
-    // The bidiagonal iteration stops once the off-diagonal entries are below
-    // 1.5e-8 times the largest |q| + |e|: here the null singular value is
-    // left at 1.08e-7 and the vector stays 4e-8 away from the exact (17/21,
-    // 4/63, 8/63) of numpy.linalg.lstsq. Expected figures from the same
-    // decomposition run step by step in python float64.
+    // The bidiagonal iteration stops once the off-diagonal entries are below 1.5e-8 times the largest |q| + |e|:
+    // the null singular value is left at 1.08e-7 and the vector 4e-8 away from the exact (17/21, 4/63, 8/63) of
+    // numpy.linalg.lstsq. Expected figures from the same decomposition run step by step in python float64.
     Matrix g({{-0.4, 0.4, 0.0}, {2.7, -5.300000000000001, 2.6}, {1.2, 0.1, -1.3}});
     expectNear(compute_steady_state_probability_vector(g, false),
                Matrix({{0.8095238507923161, 0.06349206591523934, 0.12698408329244462}}), 1e-13, "x");
 }
 
 TEST(SteadyState, OnlyTinyNegativeEntriesBecomeZero) {
-    // G = I - x^T x / (x x^T) has the left null vector x, which sums to 1.
-    // An entry in (-1e-6, 0) is cleared to exactly 0 and the vector is not
-    // normalised again; -2e-6 is kept.
+    // G = I - x^T x / (x x^T) has the left null vector x, which sums to 1. An entry in (-1e-6, 0) is cleared to
+    // exactly 0 and the vector is not normalised again; -2e-6 is kept.
     for (double last : {-5e-7, -2e-6}) {
         Vector x({0.6, 0.4 - last, last}, true);
         Matrix g = Matrix(3, 3, MATRIX_IDENTITY) - (x.transpose() * x) / (x * x.transpose()).getValue(0, 0);

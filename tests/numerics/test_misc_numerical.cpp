@@ -1,5 +1,4 @@
-// Polynomial zeros, Romberg integration and the log-gamma function against
-// independent reference figures and their own edge cases.
+// Polynomial zeros, Romberg integration and the log-gamma function against reference figures and edge cases.
 #include <complex>
 
 #include "numerics/misc_numerical.h"
@@ -9,29 +8,24 @@ using namespace velmora;
 using velmora_test::failureOf;
 
 namespace {
-
 typedef std::vector<double> Vec;
 
-// Largest distance, relative to max(1, |w|), between the zeros found and the
-// expected ones, matched as sets (each expected zero used once).
+// Largest distance, relative to max(1, |w|), of the zeros found from the expected ones, each used once.
 double setDistance(const Vec& zr, const Vec& zi, Vec er, Vec ei) {
     if (zr.size() != er.size() || zi.size() != ei.size()) return INFINITY;
+    auto expected = [&](std::size_t j) { return std::complex<double>(er[j], ei[j]); };
     double worst = 0.0;
     for (std::size_t i = 0; i < zr.size(); ++i) {
         const std::complex<double> z(zr[i], zi[i]);
         std::size_t best = 0;
         for (std::size_t j = 1; j < er.size(); ++j)
-            if (std::abs(z - std::complex<double>(er[j], ei[j])) <
-                std::abs(z - std::complex<double>(er[best], ei[best])))
-                best = j;
-        const std::complex<double> w(er[best], ei[best]);
-        worst = std::max(worst, std::abs(z - w) / std::max(1.0, std::abs(w)));
+            if (std::abs(z - expected(j)) < std::abs(z - expected(best))) best = j;
+        worst = std::max(worst, std::abs(z - expected(best)) / std::max(1.0, std::abs(expected(best))));
         er.erase(er.begin() + best);
         ei.erase(ei.begin() + best);
     }
     return worst;
 }
-
 }  // namespace
 
 TEST(Loggamma, MatchesLogGammaToPikeHillAccuracy) {
@@ -101,7 +95,7 @@ TEST(Cpoly, SmallExamplesAndZerosAtTheOrigin) {
     EXPECT_TRUE(zr[0] == 0 && zr[1] == 0 && zi[0] == 0 && zi[1] == 0);
 }
 
-TEST(Cpoly, RefusesPolynomialsOutsideItsContract) {
+TEST(Cpoly, RefusesPolynomialsOutsideItsContractAndHelpersAvoidOverflow) {
     Vec zr = {7}, zi = {7};
     const std::string leading = "misc_numerical: Leading coefficient must not be zero.";
     EXPECT_EQ(failureOf([&] { cpoly({0, 1, 2}, {0, 3, 4}, &zr, &zi); }), leading);
@@ -114,14 +108,11 @@ TEST(Cpoly, RefusesPolynomialsOutsideItsContract) {
               "misc_numerical: cpoly needs a polynomial of degree 1 or more.");
     EXPECT_EQ(failureOf([&] { cpoly({1, 2}, {0}, &zr, &zi); }),
               "misc_numerical: cpoly needs real and imaginary parts of equal length.");
-    // A NaN or infinite coefficient must neither hang the Cauchy bound nor
-    // overflow the scaling exponent; the shifts then find nothing.
+    // A NaN or infinite coefficient neither hangs the Cauchy bound nor overflows the scaling; the shifts find nothing.
     const double nan = NAN, inf = INFINITY;
     for (const Vec& c : {Vec{1, nan, 2}, Vec{inf, 1, 2}, Vec{1, -3, inf}})
         EXPECT_EQ(failureOf([&] { cpoly(c, {0, 0, 0}, &zr, &zi); }), "misc_numerical: cpoly failed.");
-}
-
-TEST(Cpoly, HelpersAvoidOverflow) {
+    // The complex helpers avoid overflow.
     EXPECT_DOUBLE_EQ(cmod(1e300, 1e300), 1.4142135623730951e300);
     double cr, ci;
     cdivid(1e300, 1e300, 1e300, -1e300, &cr, &ci);  // (1 + i)/(1 - i) = i
@@ -133,7 +124,6 @@ TEST(Cpoly, HelpersAvoidOverflow) {
 }
 
 namespace {
-
 Vec visited;
 double constantFive(double x, Vec) { return visited.push_back(x), 5.0; }
 double identity(double x, Vec) { return visited.push_back(x), x; }
@@ -142,7 +132,6 @@ double scaledSquare(double x, Vec params) { return params.at(0) * x * x + params
 double expFcn(double x, Vec) { return std::exp(x); }
 double innerProduct(double y, Vec params) { return params.at(0) * y; }
 double outerIntegral(double x, Vec) { return RombergIteration(0, 1, innerProduct, {x}, 1e-12); }
-
 }  // namespace
 
 TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {
@@ -151,8 +140,7 @@ TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {
     RombergIteration(0, 8, recordX, {}, 1e-300);
     ASSERT_GE(visited.size(), 9u);
     EXPECT_EQ(Vec(visited.begin(), visited.begin() + 9), Vec({0, 8, 4, 6, 2, 7, 5, 3, 1}));
-    // A constant stops at once; an odd function over a symmetric interval
-    // keeps a zero diagonal, which never passes the relative test.
+    // A constant stops at once; an odd function over a symmetric interval keeps a zero diagonal, never passing.
     visited.clear();
     EXPECT_EQ(RombergIteration(0, 1, constantFive, {}, 1e-4), 5.0);
     EXPECT_EQ(visited.size(), 3u);
@@ -170,7 +158,6 @@ TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
     };
     for (double tol : {1e-4, 1e-8, 1e-12})
         for (const auto& c : cases)
-            EXPECT_NEAR(RombergIteration(c.a, c.b, c.f, c.params, tol), c.expected,
-                        10 * tol * std::fabs(c.expected))
+            EXPECT_NEAR(RombergIteration(c.a, c.b, c.f, c.params, tol), c.expected, 10 * tol * std::fabs(c.expected))
                 << "tol " << tol << ", expected " << c.expected;
 }

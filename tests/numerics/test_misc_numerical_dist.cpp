@@ -1,14 +1,11 @@
-// Normal, gamma and chi-squared special functions and bivariate normal
-// probabilities against independent reference figures.
+// Normal, gamma and chi-squared special functions and bivariate normal probabilities against reference figures.
 #include "numerics/misc_numerical_dist.h"
 #include "support/test_support.h"
 
 using namespace velmora;
 using velmora_test::failureOf;
 
-namespace {
-struct Pair { double x, expected; };
-}  // namespace
+namespace { struct Pair { double x, expected; }; }
 
 TEST(Ppnd16, MatchesNormalQuantileToSixteenDigits) {
     // scipy.stats.norm.ppf; the central region ends at |p - 1/2| = 0.425,
@@ -27,9 +24,8 @@ TEST(Ppnd16, MatchesNormalQuantileToSixteenDigits) {
 }
 
 TEST(Alnorm, MatchesNormalTailsToPublishedAccuracy) {
-    // x, lower area, upper area: scipy.special.ndtr. The series serves up to
-    // |x| = 1.28, the continued fraction beyond; past 18.66 the upper tail is
-    // cut off to exactly 0.
+    // x, lower area, upper area: scipy.special.ndtr. The series serves up to |x| = 1.28, the continued fraction
+    // beyond; past 18.66 the upper tail is cut off to exactly 0.
     const struct { double x, lower, upper; } cases[] = {
         {-18.0, 9.740948918936876e-73, 1.0},                {-8.0, 6.22096057427174e-16, 0.9999999999999993},
         {-3.0, 0.0013498980316300933, 0.9986501019683699},  {-0.3, 0.3820885778110474, 0.6179114221889526},
@@ -47,11 +43,9 @@ TEST(Alnorm, MatchesNormalTailsToPublishedAccuracy) {
 }
 
 TEST(Gammad, MatchesRegularisedIncompleteGamma) {
-    // x, p, P(p, x), tolerance: scipy.special.gammainc. Both the series (x <= 1
-    // or x < p) and the continued fraction carry the error of the Pike-Hill
-    // log-gamma, a few 1e-11; the normal approximation above shape 1000 is
-    // good to some 1e-6. Exact ends: x = 0, x above 1e8, and a result whose
-    // logarithm is below -88.
+    // x, p, P(p, x), tolerance: scipy.special.gammainc. The series (x <= 1 or x < p) and the continued fraction
+    // carry the error of the Pike-Hill log-gamma, a few 1e-11; the normal approximation above shape 1000 is good
+    // to some 1e-6. Exact ends: x = 0, x above 1e8, and a result whose logarithm is below -88.
     const struct { double x, p, expected, tol; } cases[] = {
         {0.001, 0.01, 0.9385706525261288, 5e-11},     {2.5, 0.3, 0.9881546781546887, 5e-11},
         {3.0, 5.0, 0.18473675547622787, 5e-11},       {50.0, 49.5, 0.5470414886790687, 5e-11},
@@ -68,8 +62,8 @@ TEST(Gammad, MatchesRegularisedIncompleteGamma) {
 }
 
 TEST(Ppchi2, MatchesChiSquaredQuantileToOnePartInAMillion) {
-    // p, v, quantile: scipy.stats.chi2.ppf. Starting values for small
-    // quantiles (v < -1.24 log p), for v <= 0.32, and Wilson-Hilferty.
+    // p, v, quantile: scipy.stats.chi2.ppf. Starting values for small quantiles (v < -1.24 log p), v <= 0.32, else
+    // Wilson-Hilferty.
     const struct { double p, v, expected; } cases[] = {
         {2e-06, 0.1, 1.225708180820214e-114}, {0.9, 0.1, 0.1526342278183781},
         {0.999998, 0.3, 18.634427814498295},  {0.5, 1.0, 0.454936423119572},
@@ -100,11 +94,9 @@ TEST(Mvphi, MatchesNormalDistributionToFullPrecision) {
 }
 
 TEST(Mvbvu, MatchesBivariateNormalUpperProbability) {
-    // h, k, r, P(X > h, Y > k): mpmath at 30 digits, Phi(-h) Phi(-k) plus the
-    // integral over t in [0, asin r] of exp(-(h^2 + k^2 - 2hk sin t) /
-    // (2 cos^2 t)) / (2 pi); at r = +-1 the closed forms. The rows cover the
-    // three Gauss-Legendre rules (switching at |r| = 0.3 and 0.75), the
-    // expansion for |r| >= 0.925 and r = +-1.
+    // h, k, r, P(X > h, Y > k): mpmath at 30 digits, Phi(-h) Phi(-k) plus the integral over t in [0, asin r] of
+    // exp(-(h^2 + k^2 - 2hk sin t) / (2 cos^2 t)) / (2 pi); at r = +-1 the closed forms. The rows cover the three
+    // Gauss-Legendre rules (switching at |r| = 0.3 and 0.75), the expansion for |r| >= 0.925 and r = +-1.
     const struct { double h, k, r, expected; } cases[] = {
         {1.1, -1.1, -1, 0.0},                           {-4.95, 3.21, -1, 0.00066330379403200452},
         {-0.79, -0.89, -0.99999, 0.59850317279919027},  {-0.14, 1.67, -0.925, 9.1471617557527515e-7},
@@ -119,9 +111,8 @@ TEST(Mvbvu, MatchesBivariateNormalUpperProbability) {
 }
 
 TEST(Mvbvn, LimitTypesSelectTheirRectangle) {
-    // Lower limits (-0.3, 0.2), upper limits (1.1, 0.9), correlation 0.6.
-    // References: the probabilities of the intended regions, from the mpmath
-    // upper probabilities above (0: below upper, 1: above lower, 2: between).
+    // Lower limits (-0.3, 0.2), upper limits (1.1, 0.9), correlation 0.6. References: the probabilities of the
+    // intended regions, from the mpmath upper probabilities above (0: below upper, 1: above lower, 2: between).
     const struct { int i1, i2; double expected; } cases[] = {
         {2, 2, 0.14451953625922269}, {2, 1, 0.24179048401503134}, {1, 2, 0.18392099969572855},
         {2, 0, 0.38497441348676133}, {0, 2, 0.19727870177763162}, {1, 0, 0.44906458876254187},

@@ -1,12 +1,5 @@
-// Nelder-Mead against R's optim, which implements the same published
-// routine, the ends of the search, and the golden section search.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <vector>
-
-#include "numerics/matrix.h"
+// Nelder-Mead against R's optim, which implements the same published routine, the ends of the search, and the
+// golden section search.
 #include "numerics/misc_optim.h"
 #include "support/test_support.h"
 
@@ -14,7 +7,6 @@ using namespace velmora;
 using velmora_test::failureOf;
 
 namespace {
-
 typedef std::vector<double> Vec;
 
 double rosenbrock(Vec x) {
@@ -24,46 +16,27 @@ double rosenbrock(Vec x) {
 double quadratic(Vec x) {
     return std::pow(x[0] - 1, 2) + 2 * std::pow(x[1] + 2, 2) + 3 * std::pow(x[2] - 0.5, 2) + 0.5 * x[0] * x[1];
 }
+double parabola(double x) { return (x - 1) * (x - 1); }
 
-// Every point the goal function was called with, and a goal function whose
-// value only grows with each call.
+// Every point the goal function was called with, and a goal function whose value only grows with each call.
 std::vector<Vec> calls;
-double recordConstant(Vec x) {
-    calls.push_back(x);
-    return 4.0;
-}
-double everLarger(Vec x) {
-    calls.push_back(x);
-    return static_cast<double>(calls.size());
-}
+double recordConstant(Vec x) { return calls.push_back(x), 4.0; }
+double everLarger(Vec x) { return calls.push_back(x), static_cast<double>(calls.size()); }
 
-struct SearchRun {
-    Vec best;
-    double minimum = 0;
-    int fail = -1, count = -1;
-};
+struct SearchRun { Vec best; double minimum = 0; int fail = -1, count = -1; };
 
 SearchRun search(Vec start, double (*fn)(Vec), double intol, unsigned maxit) {
     SearchRun r;
     nmmin(start, &r.best, &r.minimum, fn, &r.fail, -INFINITY, intol, 1.0, 0.5, 2.0, &r.count, maxit);
     return r;
 }
-
 }  // namespace
 
 TEST(Nmmin, MatchesROptimNelderMeadCountsAndMinimum) {
-    // R 4.2 optim(start, fn, method = "Nelder-Mead", control = list(reltol =
-    // intol, maxit = maxit)), abstol -Inf, printed with %.17g.
-    const struct {
-        const char* what;
-        double (*fn)(Vec);
-        Vec start;
-        double intol;
-        unsigned maxit;
-        double value;
-        int count, fail;
-        Vec par;
-    } cases[] = {
+    // R 4.2 optim(start, fn, method = "Nelder-Mead", control = list(reltol = intol, maxit = maxit)), abstol -Inf,
+    // printed with %.17g.
+    const struct { const char* what; double (*fn)(Vec); Vec start; double intol; unsigned maxit; double value;
+                   int count, fail; Vec par; } cases[] = {
         {"rosenbrock 1e-8", rosenbrock, {-1.2, 1}, 1e-8, 5000, 8.8252410967227472e-08, 195, 0,
          {1.0002601387256695, 1.000505999303765}},
         {"rosenbrock 1e-12", rosenbrock, {-1.2, 1}, 1e-12, 5000, 1.5632221032592472e-11, 221, 0,
@@ -97,20 +70,15 @@ TEST(Nmmin, PolytopeFormContinuesTheStartForm) {
     EXPECT_EQ(r.count, s.count);
     EXPECT_EQ(r.minimum, s.minimum);
     EXPECT_EQ(r.best, s.best);
-
     for (Matrix bad : {Matrix(), Matrix(2, 2), Matrix(3, 3)})
         EXPECT_EQ(failureOf([&] { nmmin(bad, &r.best, nullptr, rosenbrock, nullptr, 0, 1e-8, 1, 0.5, 2, nullptr, 9); }),
                   "misc_optim: Invalid polytope.");
 }
 
 TEST(Nmmin, StartPolytopeAndTheEndsOfTheSearch) {
-    // A constant function: vertex j is the start moved along coordinate j-1,
-    // by 0.1 from an all-zero start and by a tenth of the largest coordinate
-    // otherwise, and the search ends after building it.
-    const struct {
-        Vec start;
-        std::vector<Vec> vertices;
-    } starts[] = {
+    // A constant function: vertex j is the start moved along coordinate j-1, by 0.1 from an all-zero start and by a
+    // tenth of the largest coordinate otherwise, and the search ends after building it.
+    const struct { Vec start; std::vector<Vec> vertices; } starts[] = {
         {{0, 0}, {{0, 0}, {0.1, 0}, {0, 0.1}}},
         {{1e20, 1}, {{1e20, 1}, {1.1e20, 1}, {1e20, 1e19 + 1}}},
     };
@@ -122,26 +90,18 @@ TEST(Nmmin, StartPolytopeAndTheEndsOfTheSearch) {
         EXPECT_EQ(r.fail, 0);
         EXPECT_EQ(r.best, c.start);
     }
-
-    // Values that grow with every call force a shrink each pass, until the
-    // polytope has collapsed onto the start and can get no smaller.
+    // Values that grow with every call force a shrink each pass, until the polytope collapses onto the start.
     calls.clear();
     const SearchRun collapsed = search({1, 2}, everLarger, 1e-8, 1000000);
     EXPECT_EQ(collapsed.fail, 10);
     EXPECT_EQ(collapsed.best, Vec({1, 2}));
     EXPECT_EQ(collapsed.minimum, 1);
-
-    // An infinite coordinate can't be moved: the start polytope is still
-    // built, and the search ends.
+    // An infinite coordinate can't be moved: the start polytope is still built, and the search ends.
     calls.clear();
     const SearchRun infinite = search({INFINITY, 0}, recordConstant, 1e-8, 100);
     EXPECT_EQ(infinite.fail, 0);
     EXPECT_EQ(infinite.count, 3);
 }
-
-namespace {
-double parabola(double x) { return (x - 1) * (x - 1); }
-}  // namespace
 
 TEST(GoldenSection, FindsTheMinimumAndAlwaysEnds) {
     EXPECT_NEAR(golden_section_search(parabola, 0, 3, 1e-6), 1, 1e-6);

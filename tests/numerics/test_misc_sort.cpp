@@ -30,6 +30,5 @@ TEST(HeapSort, StepsBuildTheHeapAndRefuseRangesOutsideTheList) {
     EXPECT_EQ(w, (std::vector<double>{4, 0, 4}));
     for (auto range : {std::make_pair(-1, 2), std::make_pair(0, 4), std::make_pair(0, -1)})
         EXPECT_EQ(failureOf([&] { heapSort_siftDown(&w, range.first, range.second); }),
-                  "misc_sort: Invalid heap range.")
-            << range.first << " " << range.second;
+                  "misc_sort: Invalid heap range.") << range.first << " " << range.second;
 }

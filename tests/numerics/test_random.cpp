@@ -1,5 +1,4 @@
-// Random streams: the generator's reference sequences, the distribution and
-// draw order of every variate method, and the parameter checks.
+// Random streams: the generator's reference words, the distribution and draw order of every method, the checks.
 #include <cstdint>
 #include <random>
 
@@ -9,15 +8,14 @@
 using namespace velmora;
 using velmora_test::failureOf;
 
-TEST(MTRand, ReferenceSeedsGiveThePublishedWords) {
+TEST(MTRand, ReferenceSeedsGiveThePublishedWordsAndExtremeWordsScaleToZeroAndOne) {
     EXPECT_EQ(MTRand(5489UL).randInt(), 3499211612UL);
     EXPECT_EQ(MTRand(5489UL + (1UL << 40)).randInt(), 3499211612UL);  // only the low 32 bits of a seed count
     MTRand ours(5489UL);
     std::mt19937 reference(5489U);
     for (int i = 0; i < 1000; ++i) ASSERT_EQ(ours.randInt(), static_cast<unsigned long>(reference())) << "word " << i;
-
-    // Array seeding: numpy MT19937 with the legacy array seeding of the same
-    // keys. A key longer than the state runs the first loop once per key word.
+    // Array seeding: numpy MT19937 with the legacy array seeding of the same keys. A key longer than the state
+    // runs the first loop once per key word.
     const unsigned long key[] = {0x123, 0x234, 0x345, 0x456};
     MTRand byArray;
     byArray.seed(key, 4);
@@ -29,11 +27,8 @@ TEST(MTRand, ReferenceSeedsGiveThePublishedWords) {
     byArray.seed(longKey.data(), longKey.size());
     EXPECT_EQ(byArray.randInt(), 200727828UL);
     EXPECT_EQ(byArray.randInt(), 4104876181UL);
-}
-
-// Words are scaled by 1 / (2^32 - 1): the extreme words give exactly 0 and 1.
-// 0x12DD9BB3 tempers to 0xFFFFFFFF (inverse of the tempering, in python).
-TEST(MTRand, RandOfTheExtremeWordsIsExactlyZeroOrOne) {
+    // Words are scaled by 1 / (2^32 - 1): the extreme words give exactly 0 and 1. 0x12DD9BB3 tempers to
+    // 0xFFFFFFFF (inverse of the tempering, in python).
     struct NextWordProbe : MTRand {  // its next word is the given state word, tempered
         explicit NextWordProbe(std::uint32_t untempered) : MTRand(1UL) {
             state[N - 1] = untempered;
@@ -60,14 +55,12 @@ TEST(MTRand, CopiesContinueTheSameStreamAndSystemSeedsDiffer) {
     EXPECT_NE(r1.drawRandomNumber(), r2.drawRandomNumber());
 }
 
-// 1e5 draws at a fixed seed: the share below each quintile lies within 0.006
-// (about 4 standard errors) of its nominal value, the sample mean within 4.5
-// standard errors of the exact mean.
+// 1e5 draws at a fixed seed: the share below each quintile lies within 0.006 (about 4 standard errors) of its
+// nominal value, the sample mean within 4.5 standard errors of the exact mean. The 20 %, 40 %, 60 % and 80 %
+// quantiles (six digits), means and variances from scipy.stats (ppf, mean, var); the hypo-exponential quantiles
+// by brentq on its closed-form distribution function.
 TEST(Rand, EveryContinuousVariateFollowsItsDistribution) {
     const struct { std::function<double(Rand&)> draw; std::vector<double> quintiles; double mean, variance; } cases[] = {
-        // The 20 %, 40 %, 60 % and 80 % quantiles (to six digits), means and
-        // variances from scipy.stats (ppf, mean, var); the hypo-exponential
-        // quantiles by brentq on its closed-form distribution function.
         {[](Rand& r) { return r.uniform(1, 4); }, {1.6, 2.2, 2.8, 3.4}, 2.5, 0.75},
         {[](Rand& r) { return r.exponential(2.5); }, {0.0892574, 0.20433, 0.366516, 0.643775}, 0.4, 0.16},
         {[](Rand& r) { return r.normal(1, 2); }, {-0.683242, 0.493306, 1.50669, 2.68324}, 1, 4},
@@ -114,7 +107,6 @@ TEST(Rand, GeometricCountsTrialsUpToTheFirstSuccess) {
     }
     for (int k = 1; k <= 5; ++k)
         EXPECT_NEAR(counts[k] / double(n), std::pow(1 - p, k - 1) * p, 0.005) << "k = " << k;
-
     // A sum of geometric counts: mean sum 1/p, variance sum (1 - p)/p^2.
     double s1 = 0.0, s2 = 0.0;
     for (int i = 0; i < n; ++i) {
@@ -126,8 +118,7 @@ TEST(Rand, GeometricCountsTrialsUpToTheFirstSuccess) {
     EXPECT_NEAR(s2 / n - (s1 / n) * (s1 / n), variance, 0.05 * variance);
 }
 
-// setSeed restarts the uniform stream; a spare normal value waiting from
-// before is still handed out first, without a draw.
+// setSeed restarts the uniform stream; a spare normal value waiting from before is still handed out first.
 TEST(Rand, SetSeedRestartsTheUniformStreamAndKeepsTheSpareNormal) {
     Rand a(1234UL), copy(1234UL);
     a.normal(0.0, 1.0);
@@ -139,10 +130,9 @@ TEST(Rand, SetSeedRestartsTheUniformStreamAndKeepsTheSpareNormal) {
     for (int i = 0; i < 10; ++i) EXPECT_EQ(a.drawRandomNumber(), c.drawRandomNumber());
 }
 
-// The eighth value of each method at its own seed, and the uniform number
-// after it: a draw out of turn, missing or extra shows. Reference: the methods
-// written out in python over numpy's MT19937 words (RandomState seeding) times
-// 2.3283064370807974e-10; every gamma branch and a rejected polar pair occur.
+// The eighth value of each method at its own seed, and the uniform number after it: a draw out of turn, missing
+// or extra shows. Reference: the methods written out in python over numpy's MT19937 words (RandomState seeding)
+// times 2.3283064370807974e-10; every gamma branch and a rejected polar pair occur.
 TEST(Rand, EachMethodConsumesTheStreamInItsFixedOrder) {
     const struct { unsigned long seed; std::function<double(Rand&, int)> draw; double eighth, nextUniform; } cases[] = {
         {13UL, [](Rand& r, int i) { return i % 2 ? r.normal(-3.0, 0.5) : r.normal(1.0, 2.0); },
@@ -184,9 +174,8 @@ TEST(Rand, DegenerateParametersGiveTheirExactValues) {
     EXPECT_EQ(r.drawRandomNumber(), ref.drawRandomNumber());
 }
 
-// At seed 7603642 the word of index 141 is 0 (found by a search over seeds
-// with std::mt19937). Such a draw counts as the smallest positive draw where a
-// logarithm is taken, and every method still takes exactly its usual draws.
+// At seed 7603642 the word of index 141 is 0 (a search over seeds with std::mt19937). Such a draw counts as the
+// smallest positive draw where a logarithm is taken, and every method still takes exactly its usual draws.
 TEST(Rand, ADrawOfZeroKeepsVariatesFiniteAndTheDrawCountFixed) {
     const unsigned long seed = 7603642UL;
     const int zeroAt = 141;
@@ -197,15 +186,11 @@ TEST(Rand, ADrawOfZeroKeepsVariatesFiniteAndTheDrawCountFixed) {
         return r;
     };
     const double following = streamAt(zeroAt + 1).drawRandomNumber();
-    // Cheng's candidate of a first draw of 0 is rejected, and the stream goes
-    // on with the next pair as a fresh call would.
+    // Cheng's candidate of a first draw of 0 is rejected; the stream goes on with the next pair as a fresh call.
     Rand afterCheng = streamAt(zeroAt + 2);
     const double cheng = afterCheng.gamma(2.5, 1.0);
-    const struct {
-        std::function<double(Rand&)> draw;
-        double expected;
-        Rand after;  // the stream as it must be after the call
-    } cases[] = {
+    // Each call, its value, and the stream as it must be after the call.
+    const struct { std::function<double(Rand&)> draw; double expected; Rand after; } cases[] = {
         {[](Rand& r) { return r.drawRandomNumber(); }, 0.0, streamAt(zeroAt + 1)},
         {[](Rand& r) { return r.exponential(2.0); }, std::log(smallest) * (-1.0 / 2.0), streamAt(zeroAt + 1)},
         {[](Rand& r) { return r.weibull(2.0, 3.0); }, 3.0 * std::pow(-std::log(smallest), 0.5), streamAt(zeroAt + 1)},
@@ -228,11 +213,9 @@ TEST(Rand, ExtremeShapesStayFinite) {
         const double g = r.gamma(1e-3, 1.0), b = r.beta(1e-3, 2e-3), p = r.pearsonVI(1e-3, 1e-3, 1.0);
         ASSERT_TRUE(std::isfinite(g) && g >= 0.0 && b >= 0.0 && b <= 1.0 && !std::isnan(p)) << g << ", " << b;
     }
-    // 1 / beta overflows to an infinite gamma scale, which is no invalid
-    // parameter: the Pearson V variate is 1 / infinity.
+    // 1 / beta overflows to an infinite gamma scale, no invalid parameter: the Pearson V variate is 1 / infinity.
     EXPECT_EQ(r.pearsonV(2.0, 1e-320), 0.0);
-    // The Erlang product would underflow for large k; Erlang(5000, 1) has mean
-    // 5000 and standard deviation about 71.
+    // The Erlang product would underflow for large k; Erlang(5000, 1) has mean 5000 and deviation about 71.
     for (int i = 0; i < 20; ++i) EXPECT_NEAR(r.erlang(5000, 1.0), 5000.0, 500.0);
 }
 

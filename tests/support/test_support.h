@@ -1,5 +1,5 @@
-// Helpers shared by every test program: files in the program's own temporary
-// folder, the failure an action raises, and entrywise matrix comparison.
+// Helpers shared by every test program: files in the program's own temporary folder, the failure an action
+// raises, and entrywise matrix comparison.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -30,27 +30,20 @@ inline std::string writeFile(const std::string& name, const std::string& text) {
 }
 
 inline std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
 // "<source>: <message>" of the Exception that f raises.
 inline std::string failureOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (velmora::Exception& e) {
-        return e.file + ": " + e.message;
-    }
+    try { f(); } catch (velmora::Exception& e) { return e.file + ": " + e.message; }
     return "no failure";
 }
 
 // The message of the Exception that f raises, which must name the source.
 inline std::string messageOf(const std::function<void()>& f, const std::string& source) {
-    try {
-        f();
-    } catch (velmora::Exception& e) {
+    try { f(); } catch (velmora::Exception& e) {
         EXPECT_EQ(e.file, source) << e.message;
         return e.message;
     }
@@ -72,5 +65,4 @@ inline void expectRelative(const velmora::Matrix& got, const velmora::Matrix& ex
                            const std::string& what) {
     expectNear(got, expected, tol, what, true);
 }
-
 }  // namespace velmora_test

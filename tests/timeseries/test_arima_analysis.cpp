@@ -6,25 +6,18 @@ using namespace velmora;
 using namespace velmora_test;
 
 namespace {
-
-ARIMA model(std::vector<double> ar, std::vector<double> ma, double variance = 1.0, double d = 0.0,
-            double mean = 0.0, double intercept = 0.0) {
+ARIMA model(std::vector<double> ar, std::vector<double> ma, double variance = 1.0, double d = 0.0, double mean = 0.0,
+            double intercept = 0.0) {
     return ARIMA(ar, ma, d, mean, variance, intercept, "");
 }
-
 }  // namespace
 
-// Reference autocovariances gamma(0..4), past max(p, q) for every model:
-// sigma^2 sum_j psi_j psi_{j+k} over the first 20000 psi-weights of
-// X(t) = sum phi_i X(t-i) + e(t) + sum theta_j e(t-j), computed with numpy
+// Reference autocovariances gamma(0..4), past max(p, q) for every model: sigma^2 sum_j psi_j psi_{j+k} over the
+// first 20000 psi-weights of X(t) = sum phi_i X(t-i) + e(t) + sum theta_j e(t-j), computed with numpy
 // (the figures of statsmodels arma_acovf with ar = [1, -phi], ma = [1, theta]).
 TEST(ARIMA, AutocovariancesAndAutocorrelationsMatchPsiWeightSums) {
-    const struct {
-        const char* name;
-        std::vector<double> ar, ma;
-        double variance;
-        std::vector<double> gamma;
-    } cases[] = {
+    struct Case { const char* name; std::vector<double> ar, ma; double variance; std::vector<double> gamma; };
+    const Case cases[] = {
         {"AR(1)", {0.5}, {}, 1.0,
          {1.333333333333, 0.6666666666667, 0.3333333333333, 0.1666666666667, 0.08333333333333}},
         {"white noise", {}, {}, 3.0, {3, 0, 0, 0, 0}},
@@ -42,10 +35,8 @@ TEST(ARIMA, AutocovariancesAndAutocorrelationsMatchPsiWeightSums) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ARIMA m = model(c.ar, c.ma, c.variance);
-        std::vector<double> gamma = m.computeAutocovariances(4);
-        std::vector<double> rho = m.computeAutocorrelations(4);
-        ASSERT_EQ(gamma.size(), 5u);
-        ASSERT_EQ(rho.size(), 5u);
+        std::vector<double> gamma = m.computeAutocovariances(4), rho = m.computeAutocorrelations(4);
+        ASSERT_TRUE(gamma.size() == 5u && rho.size() == 5u);
         for (unsigned k = 0; k <= 4; ++k) {
             EXPECT_NEAR(gamma[k], c.gamma[k], 1e-10) << "lag " << k;
             EXPECT_NEAR(rho[k], c.gamma[k] / c.gamma[0], 1e-10) << "lag " << k;
@@ -58,9 +49,7 @@ TEST(ARIMA, AutocovariancesAndAutocorrelationsMatchPsiWeightSums) {
     EXPECT_EQ(m.getAutocorrelations(2, 3), (std::vector<double>{0.25, 0.125}));
     EXPECT_EQ(m.getAutocorrelation(3), 0.125);
     EXPECT_TRUE(m.getAutocorrelations(6, 5).empty());
-}
-
-TEST(ARIMA, FractionalNoiseAutocorrelationsAreTheRunningProduct) {
+    // Fractional noise: the running product of (k - 1 + d) / (k - d).
     std::vector<double> rho = model({}, {}, 1.0, 0.25).computeAutocorrelations(3);
     ASSERT_EQ(rho.size(), 4u);
     EXPECT_TRUE(rho[0] == 1.0 && rho[1] == 1.0 / 3.0) << rho[1];
@@ -106,15 +95,13 @@ TEST(ARIMA, DistributionWalkEndsForEveryRange) {
 }
 
 TEST(ARIMA, OperationsRefuseWhatTheModelCannotDo) {
-    ARIMA integrated = model({0.5}, {0.2}, 1.0, 1.0);
-    ARIMA plain = model({0.5}, {0.2});
+    ARIMA integrated = model({0.5}, {0.2}, 1.0, 1.0), plain = model({0.5}, {0.2});
     const std::string distribution = "arima: Computation of distribution only supported for ARMA processes.";
     const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] { integrated.computeAutocovariances(3); },
          "arima: Computation of autocovariance is only implemented for ARMA models."},
         {[&] { integrated.compute_mean_and_variance(); }, distribution},
-        {[&] { integrated.evalCDF(0); }, distribution},
-        {[&] { integrated.toString(FORMAT_XML); }, distribution},
+        {[&] { integrated.evalCDF(0); }, distribution}, {[&] { integrated.toString(FORMAT_XML); }, distribution},
         {[] { model({0.5}, {}, 1.0, 0.3).computeAutocorrelations(2); }, "arima: Not implemented."},
         {[] { model({}, {}, 1.0, -0.5).computeAutocorrelations(2); }, "arima: Not implemented."},
         {[&] { integrated.initRandomNumberGeneration(1); },
@@ -128,11 +115,9 @@ TEST(ARIMA, OperationsRefuseWhatTheModelCannotDo) {
     for (const auto& c : cases) EXPECT_EQ(failureOf(c.first), c.second);
 }
 
-// The state starts from one multivariate normal draw of the p last values
-// (each of mean `mean`, with the stationary covariance), then q innovations;
-// each value is a fresh innovation plus the AR and MA sums over that state,
-// plus mean + intercept / (1 - sum phi), here 1 + 0.5 / 0.6. The values were
-// recorded when checked draw by draw against these steps.
+// The state starts from one multivariate normal draw of the p last values (each of mean `mean`, with the
+// stationary covariance), then q innovations; each value is a fresh innovation plus the AR and MA sums over that
+// state, plus mean + intercept / (1 - sum phi), here 1 + 0.5 / 0.6. Recorded when checked draw by draw.
 TEST(ARIMA, GeneratorFollowsTheWarmStartAndTheStateUpdateExactly) {
     ARIMA m(std::vector<double>{0.6, -0.2}, std::vector<double>{0.5, 0.25}, 0.0, 1.0, 2.0, 0.5, "");
     m.initRandomNumberGeneration(2024);
@@ -141,9 +126,8 @@ TEST(ARIMA, GeneratorFollowsTheWarmStartAndTheStateUpdateExactly) {
 }
 
 TEST(ARIMA, WhiteNoiseTakesOneNormalDrawPerValueAndTheMeanOfTheCurrentCoefficients) {
-    // Prepared as white noise, the AR state stays empty: each value is one
-    // innovation plus the process mean of the coefficients set afterwards.
-    // An AR sum of 1 leaves the mean alone, with no division by zero.
+    // Prepared as white noise, the AR state stays empty: each value is one innovation plus the process mean of
+    // the coefficients set afterwards. An AR sum of 1 leaves the mean alone, with no division by zero.
     const std::pair<std::vector<double>, double> cases[] = {{{0.5, 0.5}, 3.0}, {{0.5}, 3.0 + 7.0 / 0.5}};
     for (const auto& c : cases) {
         ARIMA m = model({}, {}, 4.0, 0.0, 3.0, 7.0);

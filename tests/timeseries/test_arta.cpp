@@ -40,7 +40,6 @@ TEST(ARTA, BothTextsHaveTheirLayoutsAndReadBack) {
     EXPECT_EQ(ARTA(new Exponential(2), {}, 0.0, 1.0).toString(FORMAT_CONFIG),
               "model = arta\nclass = ARTA\ndistribution = exponential\nrate = 2\n\n"
               "order = 0, 0\nar = \nar_mean = 0\nar_variance = 1\n");
-
     // The XML text nests the base process first, inside the file's envelope.
     const std::string xml = a.toString(FORMAT_XML);
     EXPECT_EQ(xml.substr(0, 14), "<arta>\n<arima>");
@@ -85,8 +84,7 @@ TEST(ARTA, DistributionTableWalksHundredStepsFromARaisedExponentialBound) {
 TEST(ARTA, JointMomentsOfNeighboursAreIndexedByExponents) {
     ARTA a(new Exponential(1), {0.5}, 0.0, 1.0);
     Matrix m = a.getJointMoments(1, 2);
-    ASSERT_EQ(m.getNumberRows(), 2u);
-    ASSERT_EQ(m.getNumberCols(), 2u);
+    ASSERT_TRUE(m.getNumberRows() == 2u && m.getNumberCols() == 2u);
     Exponential e(1);
     EXPECT_EQ(m(0, 1), arta_process_compute_autocorrelation_joint_moments(&e, 0.5, 1, 2));
     EXPECT_EQ(m(1, 0), arta_process_compute_autocorrelation_joint_moments(&e, 0.5, 2, 1));
@@ -111,8 +109,7 @@ TEST(ARTA, FailuresCarryTheirMessages) {
         {[&] { Trace t; a.computeLikelihood(&t); }, "arta: Not implemented."},
         {[&] { a.computeDistribution(1, 0); }, "arta: Invalid range for distribution."},
         {[&] { a.getNextRandomVariate(); }, "arta: Initialize Random Number Generation first."},
-        // Left to the implementer: a key-value model without "distribution"
-        // loads with no marginal, which is reported where it is needed.
+        // Left to the implementer: a key-value model without "distribution" loads with no marginal, reported later.
         {[&] { ARTA b(noMarginal, FORMAT_CONFIG); b.getAutocorrelations(1, 2); }, "arta: No marginal distribution."},
         {[&] { ARTA b(noMarginal, FORMAT_CONFIG); b.getSummary(); }, "arta: No marginal distribution."},
         {[&] { ARTA b(noMarginal, FORMAT_CONFIG); b.initRandomNumberGeneration(1); b.getNextRandomVariate(); },
@@ -138,9 +135,7 @@ TEST(ARTAGeneration, ValuesAreTheMarginalQuantilesOfTheTabulatedBaseValues) {
             ASSERT_EQ(a.getNextRandomVariate(), a.getDistribution()->evalInverseCDF(Normal::normal_cdf(z, 0, 1)));
         }
     }
-
-    // The table is fixed at mean 0 and deviation 1, so a base mean of 5
-    // pushes almost every value to the top of a uniform marginal.
+    // The table is fixed at mean 0 and deviation 1: a base mean of 5 pushes almost every value to the top.
     ARTA shifted(new Uniform(0, 1), {0.3}, 5.0, 3.0);
     shifted.initRandomNumberGeneration(3);
     double sum = 0;
@@ -148,12 +143,10 @@ TEST(ARTAGeneration, ValuesAreTheMarginalQuantilesOfTheTabulatedBaseValues) {
     EXPECT_GT(sum / 1000, 0.9);
 }
 
-// A million values of the example model (triangular marginal, AR(2) base).
-// The table of Phi (steps of 0.01, four decimals) moves the distribution
-// function by up to phi(0) 0.005 + 0.00005 plus 2.4e-4 per clipped tail; the
-// KS bound divides the sample size by 1 + 2 sum |rho_base|, a bound on the
-// long-run variance factor of the indicators. The autocorrelations of the
-// same example are checked end to end through sylvar.
+// A million values of the example model (triangular marginal, AR(2) base). The table of Phi (steps of 0.01, four
+// decimals) moves the distribution function by up to phi(0) 0.005 + 0.00005 plus 2.4e-4 per clipped tail; the KS
+// bound divides the sample size by 1 + 2 sum |rho_base|, a bound on the long-run variance factor of the indicators.
+// The autocorrelations of the same example are checked end to end through sylvar.
 TEST(ARTAGeneration, MillionValuesFollowTheMarginal) {
     ARTA a(exampleModel, FORMAT_XML);
     const unsigned n = 1000000;
@@ -162,8 +155,7 @@ TEST(ARTAGeneration, MillionValuesFollowTheMarginal) {
     for (double& v : sorted) v = a.getNextRandomVariate();
     double inflation = 1;
     for (double rho : a.getBaseProcess()->getAutocorrelations(1, 400)) inflation += 2 * std::fabs(rho);
-    // The values come in ties: the empirical function is compared before and
-    // after each run of equal values.
+    // The values come in ties: the empirical function is compared before and after each run of equal values.
     std::sort(sorted.begin(), sorted.end());
     double distance = 0;
     for (unsigned i = 0, j = 0; i < n; i = j) {

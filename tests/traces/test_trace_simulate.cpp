@@ -6,52 +6,39 @@
 using namespace trace_test;
 
 namespace {
-
 // Everything but the two generation calls comes from Trace.
 class StepProcess : public velmora::Trace {
 public:
     explicit StepProcess(double step, unsigned failAfter = 0) : step(step), failAfter(failAfter) {}
-    void initRandomNumberGeneration(unsigned seed) override {
-        seeds.push_back(seed);
-        draws = 0;
-        rngInitialized = true;
-    }
+    void initRandomNumberGeneration(unsigned seed) override { seeds.push_back(seed), draws = 0, rngInitialized = true; }
     double getNextRandomVariate() override {
         if (!rngInitialized) throw velmora::Exception("step", __LINE__, "not seeded");
-        ++draws;
-        if (failAfter != 0 && draws > failAfter) throw velmora::Exception("step", __LINE__, "exhausted");
+        if (++draws > failAfter && failAfter != 0) throw velmora::Exception("step", __LINE__, "exhausted");
         return step;
     }
     double step;
     unsigned failAfter, draws = 0;
     std::vector<unsigned> seeds;
 };
-
 }  // namespace
 
 TEST(Simulate, StopRulesDecideTheLength) {
     struct Case { int stop; unsigned observations; double time; double step; unsigned expected; } cases[] = {
-        {1, 7, 100.0, 1.0, 7},   // by count only
-        {1, 0, 100.0, 1.0, 0},
-        {2, 7, 10.0, 1.0, 10},   // a sum equal to the time ends the run
-        {2, 7, 10.5, 1.0, 11},   // the value that passes the time stays
-        {2, 7, 0.0, 1.0, 0},
-        {0, 10, 0.0, 1.0, 10},   // both: the later of the two limits
-        {0, 0, 4.5, 1.0, 5},     // no count asked: the sum alone
-        {0, 3, 4.5, 1.0, 5},
-        {0, 8, 4.5, 1.0, 8},
-        {3, 10, 10.0, 1.0, 0},   // any other stop value gives an empty trace
-        {-1, 10, 10.0, 1.0, 0},
-        {2, 0, 1.0, 0.25, 4},
+        {1, 7, 100.0, 1.0, 7}, {1, 0, 100.0, 1.0, 0},  // by count only
+        {2, 7, 10.0, 1.0, 10},                         // a sum equal to the time ends the run
+        {2, 7, 10.5, 1.0, 11},                         // the value that passes the time stays
+        {2, 7, 0.0, 1.0, 0}, {2, 0, 1.0, 0.25, 4},
+        {0, 10, 0.0, 1.0, 10},                         // both: the later of the two limits
+        {0, 0, 4.5, 1.0, 5},                           // no count asked: the sum alone
+        {0, 3, 4.5, 1.0, 5}, {0, 8, 4.5, 1.0, 8},
+        {3, 10, 10.0, 1.0, 0}, {-1, 10, 10.0, 1.0, 0},  // any other stop value gives an empty trace
     };
     for (const Case& c : cases) {
         StepProcess process(c.step);
         std::unique_ptr<velmora::Trace> trace(process.simulate(c.stop, c.observations, c.time, 42));
-        EXPECT_EQ(trace->getSize(), c.expected) << "stop " << c.stop << " observations " << c.observations
-                                                << " time " << c.time;
+        SCOPED_TRACE("stop " + std::to_string(c.stop) + " observations " + std::to_string(c.observations));
         EXPECT_EQ(process.draws, c.expected);
-        // Every run seeds first, also one that draws nothing.
-        EXPECT_EQ(process.seeds, std::vector<unsigned>{42});
+        EXPECT_EQ(process.seeds, std::vector<unsigned>{42});  // every run seeds first, also one that draws nothing
         EXPECT_EQ(contentsOf(*trace), std::vector<double>(c.expected, c.step));
     }
 }
@@ -65,10 +52,8 @@ TEST(Simulate, FailedDrawsAndTracesReachTheCaller) {
     EXPECT_EQ(contentsOf(*copy), (std::vector<double>{0.5, 1.5}));
 }
 
-// The trace grows to the memory budget and no further: a count above it is
-// refused before the first draw, a run by sum that can't reach its time (zeros,
-// a downward drift) ends at the budget, and a run whose sum dips below earlier
-// values on its way up is never refused before it.
+// A count above the budget is refused before the first draw, a run by sum that can't reach its time
+// ends at it, and a sum that dips on its way up is not refused before the budget.
 TEST(Simulate, TheMemoryBudgetBoundsTheTraceAndNothingElse) {
     velmora::set_simulation_memory_budget(1000 * sizeof(double) + 7);
     EXPECT_EQ(velmora::simulation_value_limit(), 1000u);
