@@ -75,6 +75,10 @@ private:
     std::unique_ptr<XMLElement> root;
 };
 
+// The model element of a document: the child of that tag under the root
+// element "velmora", or null when the root is another or the child is missing.
+XMLElement* model_element(XMLConfig* document, const std::string& tag);
+
 }  // namespace velmora
 
 #endif

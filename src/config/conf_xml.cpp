@@ -183,6 +183,11 @@ XMLConfig::XMLConfig(std::string file) {
 
 XMLElement* XMLConfig::getDocumentRoot() { return root.get(); }
 
+XMLElement* model_element(XMLConfig* document, const std::string& tag) {
+    XMLElement* root = document->getDocumentRoot();
+    return (root != nullptr && root->getTag() == "velmora") ? root->getChildElement(tag) : nullptr;
+}
+
 // A failure leaves no half-built tree behind: a new root is released only
 // when the whole text has been read; into a given parent, what was read before
 // the failure stays with it.

@@ -77,8 +77,7 @@ Dist* loadDistribution(Config* c) {
 }
 
 Dist* loadDistribution(XMLConfig* c) {
-    XMLElement* root = c->getDocumentRoot();
-    XMLElement* dist = (root != nullptr && root->getTag() == "velmora") ? root->getChildElement("dist") : nullptr;
+    XMLElement* dist = model_element(c, "dist");
     if (dist == nullptr) throw Exception("dist", __LINE__, "Not a distribution.");
     return loadDistribution(dist);
 }

@@ -125,8 +125,7 @@ void capp::load(Config* config) {
 
 void capp::load(XMLConfig* document) {
     resetParts();
-    XMLElement* root = document->getDocumentRoot();
-    XMLElement* element = (root != nullptr && root->getTag() == "velmora") ? root->getChildElement("capp") : nullptr;
+    XMLElement* element = model_element(document, "capp");
     if (element == nullptr) throw Exception("capp", __LINE__, "Not a CAPP.");
     load(element);
 }

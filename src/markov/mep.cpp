@@ -70,9 +70,7 @@ void MEP::load(Config* config) {
 }
 
 void MEP::load(XMLConfig* document) {
-    XMLElement* root = document->getDocumentRoot();
-    XMLElement* element = nullptr;
-    if (root != nullptr && root->getTag() == "velmora") element = root->getChildElement("map");
+    XMLElement* element = model_element(document, "map");
     if (element == nullptr) throw Exception("mep", __LINE__, "Not a MAP/MEP.");
     XMLElement* d0 = element->getChildElement("d0");
     XMLElement* d1 = element->getChildElement("d1");

@@ -119,8 +119,7 @@ void ARIMA::load(Config* config) {
 }
 
 void ARIMA::load(XMLConfig* document) {
-    XMLElement* root = document->getDocumentRoot();
-    XMLElement* element = (root != nullptr && root->getTag() == "velmora") ? root->getChildElement("arima") : nullptr;
+    XMLElement* element = model_element(document, "arima");
     if (element == nullptr) throw Exception("arima", __LINE__, "Not an F-ARIMA model.");
     load(element);
 }

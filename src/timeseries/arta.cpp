@@ -116,8 +116,7 @@ void ARTA::load(Config* config) {
 
 void ARTA::load(XMLConfig* document) {
     resetParts();
-    XMLElement* root = document->getDocumentRoot();
-    XMLElement* element = (root != nullptr && root->getTag() == "velmora") ? root->getChildElement("arta") : nullptr;
+    XMLElement* element = model_element(document, "arta");
     if (element == nullptr) throw Exception("arta", __LINE__, "Not an ARTA model.");
     load(element);
 }
