@@ -8,8 +8,12 @@
 // computed in log space (largest term factored out), so that no density
 // underflows whatever the phases and the spread of the data. The M-step sets
 // p_i to the mean of w_ij and r_i = k_i sum_j w_ij / sum_j w_ij x_j. Every
-// partition of the total phase count into branch counts is tried from the
-// same deterministic start; the one of highest likelihood is kept.
+// partition of the total phase count into branch counts is tried; the one of
+// highest likelihood is kept. The start is deterministic: equal branch
+// probabilities and branch means at spread quantiles of the data; the
+// orderings of a structure's phase counts over those quantiles (at most 24)
+// run 20 iterations each, and the best goes on until the likelihood's gain
+// falls below the tolerance or the iteration cap is reached.
 //
 // Long inputs are aggregated first: a grid of equal widths on the log scale,
 // each non-empty bin a weighted point with the bin's mean of x and of log x.
@@ -32,6 +36,11 @@ namespace distfit {
 namespace {
 
 const double kMinusInf = -std::numeric_limits<double>::infinity();
+
+// Per structure, at most this many orderings of the branch phase counts
+// (in lexicographic order) compete, each for this many iterations.
+const unsigned kOrderings = 24;
+const unsigned kWarmUp = 20;
 
 // Weighted points the EM runs on, ascending in x. A point at 0 has log x of
 // -infinity, which only branches of one phase (density rate at 0) survive.
@@ -186,19 +195,21 @@ void maximisation(Fit& f, const Work& work) {
     }
 }
 
-void runEM(const Points& pts, const EMOptions& o, Fit& f, Work& work) {
+// EM from f's current parameters until the test is met or f.iterations
+// reaches `limit`; called again, it goes on where it stopped.
+void runEM(const Points& pts, unsigned limit, double tolerance, Fit& f, Work& work) {
     double previous = kMinusInf;
-    for (unsigned it = 0;; ++it) {
+    for (bool first = true;; first = false) {
         const double ll = expectation(pts, f, work);
         f.logLikelihood = ll;
-        f.iterations = it;
         if (ll == kMinusInf) return;  // the structure cannot produce the data
-        if (it > 0 && ll - previous <= o.tolerance * std::fabs(ll)) {
+        if (!first && ll - previous <= tolerance * std::fabs(ll)) {
             f.converged = true;
             return;
         }
-        if (it == o.maxIterations) return;
+        if (f.iterations >= limit) return;
         maximisation(f, work);
+        ++f.iterations;
         previous = ll;
     }
 }
@@ -260,17 +271,28 @@ HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases, E
     std::vector<unsigned> prefix;
     partitions(phases, phases, prefix, structures);
 
-    Fit best, f;
+    Fit best, f, lead;
     Work work;
     unsigned unconverged = 0;
+    const unsigned warmUp = std::min(kWarmUp, options.maxIterations);
     for (const auto& s : structures) {
-        f.phases = s;
-        f.converged = false;
+        // Which branch starts at which quantile decides the optimum EM
+        // reaches, so the orderings of the branch phase counts compete for
+        // a few iterations and the leader goes on to convergence.
+        std::vector<unsigned> order(s.rbegin(), s.rend());
         work.resize(s.size());
-        start(pts, total, sum / total, f);
-        runEM(pts, options, f, work);
-        if (!f.converged) ++unconverged;
-        if (f.logLikelihood > best.logLikelihood || best.phases.empty()) best = f;
+        unsigned tried = 0;
+        do {
+            f.phases = order;
+            f.iterations = 0;
+            f.converged = false;
+            start(pts, total, sum / total, f);
+            runEM(pts, warmUp, options.tolerance, f, work);
+            if (tried == 0 || f.logLikelihood > lead.logLikelihood) lead = f;
+        } while (++tried < kOrderings && std::next_permutation(order.begin(), order.end()));
+        if (!lead.converged) runEM(pts, options.maxIterations, options.tolerance, lead, work);
+        if (!lead.converged) ++unconverged;
+        if (best.phases.empty() || lead.logLikelihood > best.logLikelihood) best = lead;
     }
     if (best.logLikelihood == kMinusInf)
         throw Exception("distfit", __LINE__, "Cannot fit hypererlang: no structure has a positive density at every value.");

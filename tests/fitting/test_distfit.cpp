@@ -119,6 +119,14 @@ TEST(DistFit, HyperErlangEMReachesTheTrueLikelihood) {
     EXPECT_EQ(exact.bins, head.size());
     EXPECT_LE(binned.bins, 200u);
     EXPECT_NEAR(binned.logLikelihood, exact.logLikelihood, 1e-3 * std::fabs(exact.logLikelihood));
+    // The iteration cap holds and is reported (with a warning line).
+    distfit::EMOptions capped;
+    capped.maxIterations = 3;
+    distfit::EMReport stopped;
+    std::unique_ptr<HyperErlang> c(distfit::fit_hypererlang(head, 4, &stopped, capped));
+    EXPECT_FALSE(stopped.converged);
+    EXPECT_LE(stopped.iterations, 3u);
+    EXPECT_GT(stopped.unconverged, 0u);
 }
 
 TEST(DistFit, BestFamilyPicksGammaForGammaDataAndHyperErlangForBimodalData) {
@@ -131,7 +139,7 @@ TEST(DistFit, BestFamilyPicksGammaForGammaDataAndHyperErlangForBimodalData) {
 
     const std::vector<double> bimodal =
         draw(22, 20000, [](Rand& r) { return r.hyper_erlang({6, 6}, {6.0, 0.6}, {0.5, 0.5}); });
-    s = distfit::best_family(bimodal, families, 12);
+    s = distfit::best_family(bimodal, families, 4);
     EXPECT_EQ(Dist::getDistType(s.best->getType()), "hypererlang");
 }
 
