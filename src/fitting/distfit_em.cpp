@@ -255,7 +255,7 @@ HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases, E
                             " phases: at most 13 are supported, since the family's formulas use the factorial in "
                             "32-bit arithmetic, exact only up to 12!.");
     if (options.maxIterations == 0 || options.bins == 0 || !(options.tolerance >= 0))
-        throw Exception("distfit", __LINE__, "Invalid EM options: iterations and bins must be positive.");
+        throw Exception("distfit", __LINE__, "Invalid EM options: iterations and bins must be positive, the tolerance not negative.");
     const Range r = check_values(data, family, true);
     if (r.min == r.max)
         throw Exception("distfit", __LINE__, "Cannot fit hypererlang to constant data; only the deterministic "
@@ -291,7 +291,7 @@ HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases, E
             if (tried == 0 || f.logLikelihood > lead.logLikelihood) lead = f;
         } while (++tried < kOrderings && std::next_permutation(order.begin(), order.end()));
         if (!lead.converged) runEM(pts, options.maxIterations, options.tolerance, lead, work);
-        if (!lead.converged) ++unconverged;
+        if (!lead.converged && lead.logLikelihood != kMinusInf) ++unconverged;
         if (best.phases.empty() || lead.logLikelihood > best.logLikelihood) best = lead;
     }
     if (best.logLikelihood == kMinusInf)
