@@ -21,6 +21,7 @@
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/misc_optim.h"
 #include "numerics/misc_optim_simplex.h"
+#include "numerics/misc_polygamma.h"
 #include "numerics/misc_sort.h"
 #include "numerics/misc_util.h"
 #include "numerics/random.h"
@@ -62,6 +63,7 @@
 
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
+#include "fitting/distfit.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
 
