@@ -26,6 +26,8 @@ public:
     Plotter();
     explicit Plotter(std::vector<Request> requests);
     explicit Plotter(ProcessList processes);  // takes ownership of the processes
+    // The list keeps the plain pointers that its users see, so deleting them
+    // is the plotter's own work.
     ~Plotter();
     Plotter(const Plotter&) = delete;
     Plotter& operator=(const Plotter&) = delete;
