@@ -2,7 +2,6 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <regex>
 
 #include "config/conf.h"
 #include "core/process.h"
@@ -30,8 +29,16 @@ std::string failure(const std::string& module, const std::string& message) {
     return "Error in: " + module + ", line N: " + message + "\n\n\nUse parameter --help for usage information.\n";
 }
 
-std::string withoutLineNumber(const std::string& text) {
-    return std::regex_replace(text, std::regex(", line [0-9]+:"), ", line N:");
+// ", line <digits>:" becomes ", line N:".
+std::string withoutLineNumber(std::string text) {
+    const std::string mark = ", line ";
+    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
+        std::size_t end = at + mark.size();
+        while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
+        if (end > at + mark.size() && end < text.size() && text[end] == ':')
+            text.replace(at + mark.size(), end - at - mark.size(), "N");
+    }
+    return text;
 }
 
 std::string modelPath(const std::string& name) { return std::string(VELMORA_SOURCE_DIR) + "/examples/" + name; }
