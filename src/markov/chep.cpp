@@ -144,6 +144,8 @@ chep::chep() : capp() {
 
 chep::chep(HyperErlang* h, ARIMA* base, chep_type t) : chep() {
     hyperErlang.reset(h);
+    // A missing base would leave nothing to normalise: keep the default one.
+    if (base == nullptr) throw Exception("chep", __LINE__, "No base process.");
     this->base.reset(base);
     chepType = t;
     requireHyperErlang()->sortBranches();

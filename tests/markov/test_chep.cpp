@@ -181,6 +181,8 @@ TEST(CHEP, RefusalsOfTheLibraryInterface) {
         {[&] { c->toString(static_cast<format>(2)); }, "Output format not supported for CHEPs."},
         {[&] { c->getJointMoments(1, 2); }, "Not implemented."},
         {[&] { c->getNextRandomVariate(); }, "Initialize Random Number Generation first."},
+        {[] { chep(nullptr, new ARIMA(), CHEP_TYPE_1); }, "No hyper-Erlang distribution."},
+        {[] { chep(new HyperErlang({1}, {1.0}, {1.0}), nullptr, CHEP_TYPE_1); }, "No base process."},
         // A failed load leaves no marginal behind.
         {[&] { c->load(&uniform); }, "CHEP requires Hyper-Erlang distribution."},
         {[&] { c->evalCDF(1); }, "No hyper-Erlang distribution."},
