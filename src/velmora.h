@@ -52,8 +52,10 @@
 
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
+#include "timeseries/normal_grid_integral.h"
 
 #include "markov/capp.h"
+#include "markov/chep.h"
 #include "markov/cph.h"
 #include "markov/cph_randomization.h"
 #include "markov/maps.h"

@@ -6,6 +6,7 @@
 #include "core/process.h"
 #include "distributions/dist_process.h"
 #include "markov/capp.h"
+#include "markov/chep.h"
 #include "markov/cph.h"
 #include "markov/maps.h"
 #include "markov/mep.h"
@@ -20,12 +21,13 @@ namespace {
 Exception errorLoadingModel(int line) { return Exception("process", line, "Error loading model."); }
 
 // Builds the model class that a factory tag or model name stands for; null
-// where the class is not part of the library yet (chep).
+// for a name without a class.
 Process* buildFromXML(const std::string& tag, XMLConfig* document) {
     if (tag == "ph") return new CPH(document);
     if (tag == "map") return new MAP(document);
     if (tag == "arima") return new ARIMA(document);
     if (tag == "arta") return new ARTA(document);
+    if (tag == "chep") return new chep(document);
     if (tag == "capp") return new capp(document);
     if (tag == "dist") return new DistProcess(document);
     return nullptr;
@@ -39,6 +41,7 @@ Process* buildFromConfig(const std::string& model, Config* config) {
     if (model == "f-arima") return new ARIMA(config);
     if (model == "trace") return new Trace(config);
     if (model == "distribution") return new DistProcess(config);
+    if (model == "chep") return new chep(config);
     if (model == "capp") return new capp(config);
     return nullptr;
 }

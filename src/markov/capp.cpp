@@ -116,11 +116,15 @@ void capp::load(Config* config) {
     config->setValue("model", "cph", true);
     acph = std::make_unique<CPH>(config);
     if (!acph->isAcyclic()) throw notAcyclic(__LINE__);
+    loadBaseKeys(config);
+    init();
+}
+
+void capp::loadBaseKeys(Config* config) {
     if (config->existsKey("ar")) base->setARCoefficients(parseList(config->getValue("ar")));
     if (config->existsKey("ma")) base->setMACoefficients(parseList(config->getValue("ma")));
     base->setMean(config->existsKey("arma_mean") ? config->getValueAsDouble("arma_mean") : 0.0);
     base->setVariance(config->existsKey("arma_variance") ? config->getValueAsDouble("arma_variance") : 1.0);
-    init();
 }
 
 void capp::load(XMLConfig* document) {
@@ -148,22 +152,10 @@ std::string capp::toString(format f) {
     std::ostringstream out;
     if (f == FORMAT_CONFIG) {
         CPH* c = requireMarginal();
-        const std::vector<double> order = getOrder();
         out << "model = capp\n";
         out << "T = " << c->getT().toString(10);
         out << "tau = " << c->getTau().toString(10);
-        out << "order = " << order[1] << ", " << order[2];
-        if (order[1] > 0) {
-            out << "\nar = ";
-            writeList(out, base->getARCoefficients());
-        }
-        if (order[2] > 0) {
-            out << "\nma = ";
-            writeList(out, base->getMACoefficients());
-        }
-        out << "\narma_mean = " << base->getMean() << "\n";
-        out << "arma_variance = " << base->getVariance() << "\n";
-        out << "\n";
+        writeBaseText(out);
     } else if (f == FORMAT_XML) {
         out << "<capp>\n";
         out << requireMarginal()->toString(FORMAT_XML);
@@ -175,6 +167,23 @@ std::string capp::toString(format f) {
     return out.str();
 }
 
+void capp::writeBaseText(std::ostream& out) const {
+    const std::vector<double> ar = base->getARCoefficients();
+    const std::vector<double> ma = base->getMACoefficients();
+    out << "order = " << ar.size() << ", " << ma.size();
+    if (!ar.empty()) {
+        out << "\nar = ";
+        writeList(out, ar);
+    }
+    if (!ma.empty()) {
+        out << "\nma = ";
+        writeList(out, ma);
+    }
+    out << "\narma_mean = " << base->getMean() << "\n";
+    out << "arma_variance = " << base->getVariance() << "\n";
+    out << "\n";
+}
+
 // ---------------------------------------------------------------------------
 // Summary
 
@@ -182,25 +191,33 @@ std::string capp::getSummary() { return getSummary(5, 3, 10); }
 
 std::string capp::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
     CPH* c = requireMarginal();
+    const SummaryNames names{"CAPP statistics:\n", "ACPH Distribution:\n", "CAPP Autocorrelation:\n",
+                             "CAPP Joint Moments:\n"};
+    return summaryText(names, c->toString(FORMAT_CONFIG), c->getMoments(1, 1)[0], c->getVariance(), moments,
+                       jointMoments, lags);
+}
+
+std::string capp::summaryText(const SummaryNames& names, const std::string& marginal, double mean, double variance,
+                              unsigned moments, unsigned jointMoments, unsigned lags) {
     std::ostringstream out;
-    out << "CAPP statistics:\n";
+    out << names.title;
     out << "========================\n";
-    out << "ACPH Distribution:\n";
+    out << names.marginal;
     out << "----------------------\n";
-    out << c->toString(FORMAT_CONFIG) << "\n";
-    out << "mean: " << c->getMoments(1, 1)[0] << "\n";
-    out << "variance: " << c->getVariance() << "\n";
+    out << marginal << "\n";
+    out << "mean: " << mean << "\n";
+    out << "variance: " << variance << "\n";
     out << "\n";
     out << "Base ARMA Process:\n";
     out << "----------------\n";
     out << base->getSummary(moments, jointMoments, lags) << "\n";
     out << "\n";
-    out << "CAPP Autocorrelation:\n";
+    out << names.autocorrelation;
     out << "---------------------\n";
     const std::vector<double> rho = getAutocorrelations(0, lags);
     for (std::size_t i = 0; i < rho.size(); ++i) out << "Autocorrelation at lag " << i << ": " << rho[i] << "\n";
     out << "\n";
-    out << "CAPP Joint Moments:\n";
+    out << names.jointMoments;
     out << "-------------------------\n";
     const Matrix jm = getJointMoments(0, jointMoments);
     for (unsigned i = 0; i < jm.getNumberRows(); ++i)

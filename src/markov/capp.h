@@ -10,6 +10,7 @@
 #ifndef VELMORA_MARKOV_CAPP_H
 #define VELMORA_MARKOV_CAPP_H
 
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -94,6 +95,23 @@ public:
                                                        const std::vector<double>& pathMeans);
 
 protected:
+    // The headings of the summary that differ between the correlated models;
+    // the title may carry further lines.
+    struct SummaryNames {
+        const char* title;
+        const char* marginal;
+        const char* autocorrelation;
+        const char* jointMoments;
+    };
+    // The summary layout around the marginal's text, mean and variance.
+    std::string summaryText(const SummaryNames& names, const std::string& marginal, double mean, double variance,
+                            unsigned moments, unsigned jointMoments, unsigned lags);
+    // The key-value text of the base, from "order = " to the closing empty
+    // line.
+    void writeBaseText(std::ostream& out) const;
+    // The keys ar, ma, arma_mean (default 0) and arma_variance (default 1)
+    // into the base.
+    void loadBaseKeys(Config* config);
     // Drops the marginal and the paths, and puts a default ARIMA in place of
     // the base.
     void resetParts();

@@ -5,15 +5,13 @@
 // Romberg integral over [-10, 10] of a Romberg integral over [-10, 10] of
 //   F^-1(Phi(y))^k F^-1(Phi(x))^l phi2(y, x; rho).
 //
-// Romberg's method only ever evaluates its integrand on the dyadic grid
-// -10 + j 20/2^15, j = 0..2^15 (every level halves the step, and at most 15
-// levels are taken). The grid values are exact in binary, so the points of
-// every level hit grid nodes exactly. The cached form keeps F^-1(Phi(z)) and
-// its powers per node and so computes each inverse distribution function
-// once instead of twice per (outer, inner) pair; the products and the
-// Romberg sums are formed in the same order as in the direct form, which
-// makes both bit for bit equal. A fitter that maps many correlations through
-// one marginal holds it, and the node values then serve all its computations.
+// The cached form runs on the shared dyadic grid of normal_grid_integral.h:
+// it keeps F^-1(Phi(z)) and its powers per grid node and so computes each
+// inverse distribution function once instead of twice per (outer, inner)
+// pair; the products and the Romberg sums are formed in the same order as in
+// the direct form, which makes both bit for bit equal. A fitter that maps
+// many correlations through one marginal holds it, and the node values then
+// serve all its computations.
 #include <cmath>
 #include <vector>
 
@@ -23,6 +21,7 @@
 #include "numerics/misc_numerical.h"
 #include "numerics/misc_numerical_dist.h"
 #include "timeseries/arta.h"
+#include "timeseries/normal_grid_integral.h"
 
 namespace velmora {
 
@@ -38,9 +37,7 @@ const double integralLower = -10.0;
 const double integralUpper = 10.0;
 const double integralTolerance = 0.0001;
 
-// The finest grid of the Romberg levels: 2^15 intervals of 5 * 2^-13.
-const unsigned gridIntervals = 1u << 15;
-const double gridStep = (integralUpper - integralLower) / gridIntervals;
+const unsigned gridIntervals = normal_grid_intervals;
 
 // Per-node values of the cached form. An entry is valid when its stamp
 // equals the current epoch: the epoch of the transformed values changes with
@@ -53,7 +50,6 @@ struct TransformCache {
     std::vector<unsigned> valueStamp, powerKStamp, powerLStamp;
     unsigned valueEpoch = 0;
     unsigned powerEpoch = 0;
-    double outerPowerL = 0.0;  // F^-1(Phi(x))^l at the current outer value
     Dist* valueMarginal = nullptr;  // the marginal of the current value epoch
     Dist* heldMarginal = nullptr;   // kept across computations while held
 };
@@ -95,53 +91,37 @@ void beginExponents() {
     nextEpoch(&c.powerEpoch, &c.powerKStamp, &c.powerLStamp);
 }
 
-// The grid node of z, if z is one exactly.
-inline bool gridNode(double z, unsigned* node) {
-    const double r = std::nearbyint((z - integralLower) / gridStep);
-    if (!(r >= 0.0 && r <= static_cast<double>(gridIntervals))) return false;
-    const unsigned j = static_cast<unsigned>(r);
-    if (integralLower + j * gridStep != z) return false;
-    *node = j;
-    return true;
-}
-
 inline double transformed(double z) {
     return arta_process_compute_autocorrelation_double_integral_dist->evalInverseCDF(as::alnorm(z, false));
 }
 
-// transformed(z)^exponent, from the cache where z is a grid node.
-inline double transformedPower(double z, double exponent, std::vector<double>& power,
-                               std::vector<unsigned>& powerStamp) {
-    TransformCache& c = arta_process_transform_cache;
-    unsigned j;
-    if (!gridNode(z, &j)) return std::pow(transformed(z), exponent);
-    if (powerStamp[j] != c.powerEpoch) {
-        if (c.valueStamp[j] != c.valueEpoch) {
-            c.value[j] = transformed(z);
-            c.valueStamp[j] = c.valueEpoch;
+// transformed(z)^exponent, kept per grid node in one of the power tables.
+class PowerFactor : public NormalGridFactor {
+public:
+    PowerFactor(std::vector<double>& power, std::vector<unsigned>& powerStamp) : power(power), powerStamp(powerStamp) {}
+    void setExponent(double e) { exponent = e; }
+    double atNode(unsigned j, double z) override {
+        TransformCache& c = arta_process_transform_cache;
+        if (powerStamp[j] != c.powerEpoch) {
+            if (c.valueStamp[j] != c.valueEpoch) {
+                c.value[j] = transformed(z);
+                c.valueStamp[j] = c.valueEpoch;
+            }
+            power[j] = std::pow(c.value[j], exponent);
+            powerStamp[j] = c.powerEpoch;
         }
-        power[j] = std::pow(c.value[j], exponent);
-        powerStamp[j] = c.powerEpoch;
+        return power[j];
     }
-    return power[j];
-}
+    double offGrid(double z) override { return std::pow(transformed(z), exponent); }
 
-double innerIntegralCached(double y, std::vector<double>) {
-    TransformCache& c = arta_process_transform_cache;
-    const double k = static_cast<double>(arta_process_compute_joint_moments_k);
-    // Same factors, same order as the direct double integrand.
-    return transformedPower(y, k, c.powerK, c.powerKStamp) * c.outerPowerL *
-           Normal::standard_bivariate_normal_pdf(y, arta_process_compute_autocorrelation_double_integral_val,
-                                                 arta_process_compute_autocorrelation_double_integral_acorr);
-}
+private:
+    std::vector<double>& power;
+    std::vector<unsigned>& powerStamp;
+    double exponent = 1.0;
+};
 
-double outerIntegralCached(double x, std::vector<double> params) {
-    TransformCache& c = arta_process_transform_cache;
-    arta_process_compute_autocorrelation_double_integral_val = x;
-    const double l = static_cast<double>(arta_process_compute_joint_moments_l);
-    c.outerPowerL = transformedPower(x, l, c.powerL, c.powerLStamp);
-    return RombergIteration(integralLower, integralUpper, innerIntegralCached, params, integralTolerance);
-}
+PowerFactor arta_process_power_k(arta_process_transform_cache.powerK, arta_process_transform_cache.powerKStamp);
+PowerFactor arta_process_power_l(arta_process_transform_cache.powerL, arta_process_transform_cache.powerLStamp);
 
 void storeState(Dist* d, double rho, unsigned k, unsigned l) {
     if (d == nullptr) throw Exception("arta", __LINE__, "No marginal distribution.");
@@ -156,8 +136,9 @@ void storeState(Dist* d, double rho, unsigned k, unsigned l) {
 double jointMomentsCached(Dist* d, double rho, unsigned k, unsigned l) {
     storeState(d, rho, k, l);
     beginExponents();
-    return RombergIteration(integralLower, integralUpper, outerIntegralCached, std::vector<double>(),
-                            integralTolerance);
+    arta_process_power_k.setExponent(static_cast<double>(k));
+    arta_process_power_l.setExponent(static_cast<double>(l));
+    return normal_grid_double_integral(arta_process_power_k, arta_process_power_l, rho);
 }
 
 }  // namespace

@@ -28,6 +28,11 @@ TEST(MepStructs, FilesReadBackAsMAP) {
     MAP fromXml(xml, FORMAT_XML);
     EXPECT_EQ(fromXml.getD0(), D0);
     EXPECT_EQ(fromXml.getD1(), D1);
+    // One class: the same matrices to ten digits.
+    MMAP({D0 * (1.0 / 3), D1 * (1.0 / 3)}).save(xml, FORMAT_XML);
+    MAP oneClass(xml, FORMAT_XML);
+    expectNear(oneClass.getD0(), D0 * (1.0 / 3), 1e-10, "D0");
+    expectNear(oneClass.getD1(), D1 * (1.0 / 3), 1e-10, "D1");
     MMAP({D0, D1}).save(config, FORMAT_CONFIG);
     EXPECT_EQ(readFile(config), MMAP({D0, D1}).toString(FORMAT_CONFIG));
 

@@ -1,0 +1,53 @@
+#include "timeseries/normal_grid_integral.h"
+
+#include <cmath>
+#include <vector>
+
+#include "distributions/dist_normal.h"
+#include "numerics/misc_numerical.h"
+
+namespace velmora {
+
+namespace {
+
+const double integralLower = -10.0;
+const double integralUpper = 10.0;
+const double integralTolerance = 0.0001;
+const double gridStep = (integralUpper - integralLower) / normal_grid_intervals;
+
+// The state of the running computation.
+NormalGridFactor* gridInner = nullptr;
+NormalGridFactor* gridOuter = nullptr;
+double gridRho = 0.0;
+double gridX = 0.0;
+double gridOuterValue = 0.0;  // g(x) at the current outer value
+
+double innerIntegrand(double y, std::vector<double>) {
+    return (*gridInner)(y) * gridOuterValue * Normal::standard_bivariate_normal_pdf(y, gridX, gridRho);
+}
+
+double outerIntegrand(double x, std::vector<double> params) {
+    gridX = x;
+    gridOuterValue = (*gridOuter)(x);
+    return RombergIteration(integralLower, integralUpper, innerIntegrand, params, integralTolerance);
+}
+
+}  // namespace
+
+bool normal_grid_node(double z, unsigned* node) {
+    const double r = std::nearbyint((z - integralLower) / gridStep);
+    if (!(r >= 0.0 && r <= static_cast<double>(normal_grid_intervals))) return false;
+    const unsigned j = static_cast<unsigned>(r);
+    if (integralLower + j * gridStep != z) return false;
+    *node = j;
+    return true;
+}
+
+double normal_grid_double_integral(NormalGridFactor& inner, NormalGridFactor& outer, double rho) {
+    gridInner = &inner;
+    gridOuter = &outer;
+    gridRho = rho;
+    return RombergIteration(integralLower, integralUpper, outerIntegrand, std::vector<double>(), integralTolerance);
+}
+
+}  // namespace velmora
