@@ -216,8 +216,7 @@ void chep::load(Config* config) {
 
 void chep::load(XMLConfig* document) {
     resetChepParts();
-    XMLElement* root = document->getDocumentRoot();
-    XMLElement* element = (root != nullptr && root->getTag() == "velmora") ? root->getChildElement("chep") : nullptr;
+    XMLElement* element = model_element(document, "chep");
     if (element == nullptr) throw notChep(__LINE__);
     load(element);
 }
