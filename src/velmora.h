@@ -55,6 +55,7 @@
 #include "timeseries/normal_grid_integral.h"
 
 #include "markov/capp.h"
+#include "markov/capp_transform.h"
 #include "markov/chep.h"
 #include "markov/cph.h"
 #include "markov/cph_randomization.h"
@@ -65,6 +66,8 @@
 
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
+#include "fitting/arta_capp_fit.h"
+#include "fitting/cappfit.h"
 #include "fitting/distfit.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"

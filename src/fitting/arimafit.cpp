@@ -76,10 +76,26 @@ double arma_sum_of_squares(std::vector<double> coefficients) {
     return sum;
 }
 
-ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q) {
+void check_autocorrelation_targets(const std::vector<double>& ac) {
     if (ac.empty()) throw Exception("arimafit", __LINE__, "No target autocorrelations.");
     for (double r : ac)
         if (!(r > -1 && r < 1)) throw Exception("arimafit", __LINE__, "Target autocorrelations must lie in (-1, 1).");
+}
+
+std::vector<double> invert_autocorrelations(const std::vector<double>& ac, double* target,
+                                            double (*objective)(double)) {
+    std::vector<double> result(ac.size(), 0.0);
+    for (std::size_t i = 0; i < ac.size(); ++i) {
+        const double r = ac[i];
+        if (r == 0) continue;
+        *target = r;
+        result[i] = r > 0 ? golden_section_search(objective, 0, 1, 1e-10) : golden_section_search(objective, -1, 0, 1e-10);
+    }
+    return result;
+}
+
+ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q) {
+    check_autocorrelation_targets(ac);
 
     libvelmora_arimafit_desired_ac = ac;
     libvelmora_arimafit_arma_dim = std::make_pair(p, q);

@@ -28,6 +28,17 @@ extern double libvelmora_arimafit_arma_penalty;
 // (-1, 1), or it throws.
 ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q);
 
+// Throws for an empty list or a target outside (-1, 1).
+void check_autocorrelation_targets(const std::vector<double>& ac);
+
+// The base autocorrelations that a correlated model maps onto the targets
+// ac: for each non-zero target, *target is set to it and a golden section
+// search (tolerance 1e-10) in (0, 1), or (-1, 0) for a negative target,
+// minimises objective, the squared distance of the mapped base
+// autocorrelation from *target. A zero target maps to 0 without a search.
+std::vector<double> invert_autocorrelations(const std::vector<double>& ac, double* target,
+                                            double (*objective)(double));
+
 // A new ARIMA with the first p entries as AR and the next q as MA
 // coefficients, mean 0, variance 1, method "unknown". Other than p + q
 // entries throw.

@@ -9,7 +9,6 @@
 
 #include "core/libvelmora_settings.h"
 #include "fitting/arimafit.h"
-#include "numerics/misc_optim.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
 #include "traces/trace.h"
@@ -21,8 +20,6 @@ std::map<double, double> artafit_autocorrelation_cache;
 Dist* artafit_compute_ac_dist = nullptr;
 
 namespace {
-
-const double searchTolerance = 1e-10;
 
 ARTAFit::OrderRange orderRange(unsigned min, unsigned max) {
     if (min > max) throw Exception("artafit", __LINE__, "Invalid range of ARMA orders.");
@@ -137,15 +134,7 @@ ARTA* ARTAFit::fit_arta_model() {
 
 std::vector<double> ARTAFit::arta_find_arma_autocorrelation(std::vector<double> ac) {
     const SearchScope scope(dist);
-    std::vector<double> result(ac.size(), 0.0);
-    for (std::size_t i = 0; i < ac.size(); ++i) {
-        const double r = ac[i];
-        if (r == 0) continue;
-        artafit_compute_ac_main_ac = r;
-        result[i] = r > 0 ? golden_section_search(eval_autocorrelation, 0, 1, searchTolerance)
-                          : golden_section_search(eval_autocorrelation, -1, 0, searchTolerance);
-    }
-    return result;
+    return ARIMAFit::invert_autocorrelations(ac, &artafit_compute_ac_main_ac, eval_autocorrelation);
 }
 
 double ARTAFit::eval_autocorrelation(double rho) {
