@@ -100,15 +100,9 @@ capp* fit_chep(HyperErlang* h, std::vector<double> ac, unsigned pMin, unsigned p
     const double mean = stats.mean;
     const double var = stats.variance;
 
-    // One path per branch, as the chep itself builds them.
+    // One path per branch, as the chep builds them.
     OwnedPaths paths;
-    const std::vector<unsigned> phases = h->getPhases();
-    const std::vector<double> rates = h->getRates();
-    const std::vector<double> probabilities = h->getProbabilities();
-    for (std::size_t i = 0; i < rates.size(); i++) {
-        paths.list.emplace_back(probabilities[i], new HypoExponential(std::vector<double>(phases[i], rates[i])));
-        paths.means.push_back(phases[i] / rates[i]);
-    }
+    chep::appendBranchPaths(*h, paths.list, paths.means);
 
     const double acMax = *std::max_element(ac.begin(), ac.end());
     const double acMin = *std::min_element(ac.begin(), ac.end());

@@ -187,10 +187,16 @@ void chep::init() {
     branchPhases = h->getPhases();
     branchRates = h->getRates();
     branchProbabilities = h->getProbabilities();
-    for (std::size_t i = 0; i < branchRates.size(); i++) {
-        paths.emplace_back(branchProbabilities[i],
-                           new HypoExponential(std::vector<double>(branchPhases[i], branchRates[i])));
-        pathMeans.push_back(branchPhases[i] / branchRates[i]);
+    appendBranchPaths(*h, paths, pathMeans);
+}
+
+void chep::appendBranchPaths(const HyperErlang& h, cph_path_list& paths, std::vector<double>& pathMeans) {
+    const std::vector<unsigned> phases = h.getPhases();
+    const std::vector<double> rates = h.getRates();
+    const std::vector<double> probabilities = h.getProbabilities();
+    for (std::size_t i = 0; i < rates.size(); i++) {
+        paths.emplace_back(probabilities[i], new HypoExponential(std::vector<double>(phases[i], rates[i])));
+        pathMeans.push_back(phases[i] / rates[i]);
     }
 }
 

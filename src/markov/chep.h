@@ -54,6 +54,10 @@ public:
     // branch with the branch mean.
     void init() override;
 
+    // One path per branch of h, in branch order, appended to paths (which
+    // own their distributions), and the branch means phases/rate.
+    static void appendBranchPaths(const HyperErlang& h, cph_path_list& paths, std::vector<double>& pathMeans);
+
     // The type-2 autocorrelation for each base autocorrelation in rho:
     //   (sum over branch pairs of p(i) p(j) I(i, j; rho) - mean^2) / var,
     // the pairs i < j counted twice, with I(i, j) = E[E_i^-1(Phi(Y)) E_j^-1(Phi(X))]
