@@ -1,8 +1,4 @@
 // Runs the sylvar program itself and checks what it prints.
-#include <sys/wait.h>
-
-#include <cstdio>
-
 #include "config/conf.h"
 #include "core/process.h"
 #include "support/test_support.h"
@@ -12,33 +8,8 @@ using namespace velmora;
 using namespace velmora_test;
 
 namespace {
-struct SylvarRun { std::string out; int status; };
-
-SylvarRun sylvar(const std::string& arguments) {
-    SylvarRun run{"", -1};
-    FILE* pipe = popen((std::string(SYLVAR_PATH) + " " + arguments + " 2>&1").c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buffer[4096];
-    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) run.out.append(buffer, n);
-    int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
 std::string failure(const std::string& module, const std::string& message) {
     return "Error in: " + module + ", line N: " + message + "\n\n\nUse parameter --help for usage information.\n";
-}
-
-// ", line <digits>:" becomes ", line N:".
-std::string withoutLineNumber(std::string text) {
-    const std::string mark = ", line ";
-    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
-        std::size_t end = at + mark.size();
-        while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
-        if (end > at + mark.size() && end < text.size() && text[end] == ':')
-            text.replace(at + mark.size(), end - at - mark.size(), "N");
-    }
-    return text;
 }
 
 std::string modelPath(const std::string& name) { return std::string(VELMORA_SOURCE_DIR) + "/examples/" + name; }
@@ -72,7 +43,7 @@ TEST(Sylvar, BadArgumentsAndModelFilesAreReportedWithTheirModule) {
         {"-model=" + unknown + " -paramfile=" + malformed, failure("conf", "XML parse error.")},  // paramfile wins
     };
     for (const auto& c : cases) {
-        SylvarRun run = sylvar(c.arguments);
+        SylvarRun run = runSylvar(c.arguments);
         EXPECT_EQ(withoutLineNumber(run.out), c.expected) << c.arguments;
         EXPECT_EQ(run.status, 0);
     }
@@ -81,7 +52,7 @@ TEST(Sylvar, BadArgumentsAndModelFilesAreReportedWithTheirModule) {
 TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
     for (const char* model : {"map.xml", "ph.xml", "arma.xml", "arta.xml", "dist.xml"}) {
         std::string trace = tempPath(std::string("run_") + model + ".txt");
-        SylvarRun run = sylvar("-model=" + modelPath(model) + " -trace=" + trace + " -seed=7");
+        SylvarRun run = runSylvar("-model=" + modelPath(model) + " -trace=" + trace + " -seed=7");
         // The same road through the library gives the expected text.
         XMLConfig document(modelPath(model));
         Process* process = load_process(&document);
@@ -97,10 +68,10 @@ TEST(Sylvar, RunPrintsReportModelSummaryAndTraceSummary) {
 
 TEST(Sylvar, StopCriteriaCountedLayoutAndAnEmptyTrace) {
     // Without a trace only the report is printed; only "1" selects the counted layout.
-    SylvarRun run = sylvar("-MODEL=" + modelPath("map.xml") + " -traceFormat=true -seed=3 -seed=4");
+    SylvarRun run = runSylvar("-MODEL=" + modelPath("map.xml") + " -traceFormat=true -seed=3 -seed=4");
     EXPECT_EQ(run.out, report(3, 1, "10000", 1000, false, ""));
     std::string trace = tempPath("stop.txt");
-    run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=50 -traceFormat=1");
+    run = runSylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=50 -traceFormat=1");
     EXPECT_EQ(run.out.rfind(report(13, 2, "50", 1000, true, trace), 0), 0u);  // the report comes first
     std::vector<std::string> written = lines(trace);
     ASSERT_GE(written.size(), 2u);
@@ -109,11 +80,11 @@ TEST(Sylvar, StopCriteriaCountedLayoutAndAnEmptyTrace) {
     for (size_t i = 1; i < written.size(); ++i) sum += std::stod(written[i]);
     EXPECT_GE(sum, 50.0 * (1 - 1e-5));
     EXPECT_LT(sum - std::stod(written.back()), 50.0 * (1 + 1e-5));
-    run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=1 -observations=30");
+    run = runSylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -time=1 -observations=30");
     EXPECT_EQ(run.out.rfind(report(13, 0, "1", 30, false, trace), 0), 0u);
     EXPECT_GE(lines(trace).size(), 30u);
     // No values: the trace file is empty, and its summary fails after the model summary.
-    run = sylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -observations=0");
+    run = runSylvar("-model=" + modelPath("map.xml") + " -trace=" + trace + " -observations=0");
     EXPECT_EQ(withoutLineNumber(run.out.substr(run.out.find("Error in:"))), failure("trace", "Invalid trace element."));
     EXPECT_TRUE(run.status == 0 && std::ifstream(trace).good() && lines(trace).empty());
 }
@@ -130,7 +101,7 @@ TEST(Sylvar, GeneratedTracesReproduceTheModelsStatistics) {
     };
     for (const auto& c : cases) {
         std::string path = tempPath(std::string("long_") + c.model + ".txt");
-        SylvarRun run = sylvar("-model=" + modelPath(c.model) + " -trace=" + path + " -seed=7 -observations=" +
+        SylvarRun run = runSylvar("-model=" + modelPath(c.model) + " -trace=" + path + " -seed=7 -observations=" +
                                c.observations);
         ASSERT_EQ(run.status, 0);
         Trace trace(path, false);

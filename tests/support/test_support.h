@@ -3,8 +3,10 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cmath>
 #include <fstream>
 #include <functional>
@@ -64,5 +66,32 @@ inline void expectNear(const velmora::Matrix& got, const velmora::Matrix& expect
 inline void expectRelative(const velmora::Matrix& got, const velmora::Matrix& expected, double tol,
                            const std::string& what) {
     expectNear(got, expected, tol, what, true);
+}
+
+// The sylvar program run with the arguments: its output, standard error
+// joined, and its exit status (-1 when it did not exit normally).
+struct SylvarRun { std::string out; int status; };
+inline SylvarRun runSylvar(const std::string& arguments) {
+    SylvarRun run{"", -1};
+    FILE* pipe = popen((std::string(SYLVAR_PATH) + " " + arguments + " 2>&1").c_str(), "r");
+    if (pipe == nullptr) return run;
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) run.out.append(buffer, n);
+    int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+// ", line <digits>:" becomes ", line N:", so that failure texts compare
+// without their informative source lines.
+inline std::string withoutLineNumber(std::string text) {
+    const std::string mark = ", line ";
+    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
+        std::size_t end = at + mark.size();
+        while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
+        if (end > at + mark.size() && end < text.size() && text[end] == ':')
+            text.replace(at + mark.size(), end - at - mark.size(), "N");
+    }
+    return text;
 }
 }  // namespace velmora_test
