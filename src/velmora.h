@@ -71,6 +71,7 @@
 #include "fitting/distfit.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
+#include "fitting/tracefit.h"
 
 #include "reporting/plotter.h"
 

@@ -1,0 +1,96 @@
+// From a measured trace to a correlated model in three steps, the road that
+// sylvar-fit walks and that a library user can walk stage by stage: a
+// marginal distribution (read from a model file, fitted for a named family,
+// or the family of lowest AIC among the usual ones), then a correlated model
+// on it (the class chosen by the marginal's family, or forced), then the
+// autocorrelations of the model against those of the trace.
+#ifndef VELMORA_FITTING_TRACEFIT_H
+#define VELMORA_FITTING_TRACEFIT_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fitting/distfit.h"
+
+namespace velmora {
+
+class CPH;
+class Dist;
+class Process;
+class Trace;
+
+// The correlated model classes; TRACEFIT_AUTO lets the marginal's family
+// choose between ARTA, CAPP and CHEP.
+enum tracefit_model { TRACEFIT_AUTO, TRACEFIT_ARTA, TRACEFIT_CAPP, TRACEFIT_CHEP, TRACEFIT_MAP };
+
+// "auto", "arta", "capp", "chep", "map"; any other name throws.
+tracefit_model tracefit_model_from_name(const std::string& name);
+std::string tracefit_model_name(tracefit_model m);
+
+// The families the default choice compares: normal, exponential, gamma,
+// lognormal, Weibull and the hyper-Erlang of 1 to `phases` phases.
+const std::vector<std::string>& tracefit_default_families();
+
+// A marginal: a distribution family, or a phase-type distribution read from
+// a `ph` model file; exactly one of the two is set. `source` says where it
+// came from ("AIC choice", "fitted", "file"), `candidates` lists what the
+// AIC choice compared (empty otherwise), and `assessment` says how well it
+// describes the trace's values.
+struct TraceFitMarginal {
+    std::unique_ptr<Dist> dist;
+    std::unique_ptr<CPH> ph;
+    std::string source;
+    std::vector<distfit::Candidate> candidates;
+    distfit::Assessment assessment;
+    TraceFitMarginal();
+    TraceFitMarginal(TraceFitMarginal&&) noexcept;
+    TraceFitMarginal& operator=(TraceFitMarginal&&) noexcept;
+    ~TraceFitMarginal();
+    // The family's type name, or "ph" for a phase-type file.
+    std::string name() const;
+    // The parameters in the key-value text form (a phase-type marginal: its
+    // order, T and tau).
+    std::string parameterText() const;
+};
+
+// The marginal from `spec`: empty for the AIC choice among the default
+// families, a family's type name for that family (a hyper-Erlang: the best
+// of 1 to `phases` phases by AIC), or the name of an XML model file that
+// holds a `dist` or a `ph` model; a name ending in ".xml" is always taken
+// for a file. Throws with a clear message for an unknown family, a file
+// that can't be read or holds neither model, and data a family refuses.
+TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& spec, unsigned phases);
+
+// The assessment of a phase-type distribution, by uniformization over the
+// sorted values: log-likelihood, AIC and BIC with one parameter per non-zero
+// entry of T and of tau less one, Kolmogorov-Smirnov distance and moments.
+distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>& data);
+
+// The correlated model, new and the caller's, fitted to the trace's
+// autocorrelations at lags 1..lags with ARMA base processes of the orders
+// pMin..pMax and qMin..qMax. The classes need: ARTA a family (or a
+// phase-type of order 1), CHEP a hyper-Erlang (or an exponential, Erlang or
+// hyper-exponential, taken as one), CAPP and MAP a phase-type form (those
+// four families, a hypo-exponential, or a ph file); otherwise it throws,
+// naming the class and the marginal. On success the marginal belongs to the model (or was replaced
+// by an equivalent one) and `m` holds none; on failure `m` keeps it.
+struct TraceFitOrders {
+    unsigned lags = 10;
+    unsigned pMin = 1;
+    unsigned pMax = 3;
+    unsigned qMin = 0;
+    unsigned qMax = 1;
+};
+Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                              const TraceFitOrders& orders);
+
+// What a fitted model is ("ARTA", "CAPP", "CHEP type 1", "MAP of order 6",
+// ...), and the orders of its ARMA base process when it has one (p and q
+// are then set and the result is true).
+std::string tracefit_model_class(Process* model);
+bool tracefit_base_orders(Process* model, unsigned* p, unsigned* q);
+
+}  // namespace velmora
+
+#endif
