@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds velmora and sylvar, then runs the example model or the test suite.
+# Builds velmora, sylvar and sylvar-fit, then runs the example model or the test suite.
 #   bash build.sh example   generate a trace from examples/map.xml and print the summaries
 #   bash build.sh test      build with warnings as errors and run every test
 set -euo pipefail
@@ -24,7 +24,7 @@ jobs=$(nproc 2>/dev/null || echo 2)
 case "${1:-test}" in
 example)
     cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
-    cmake --build build --target sylvar -j "$jobs"
+    cmake --build build --target sylvar sylvar-fit -j "$jobs"
     ./build/sylvar -model=examples/map.xml -trace=build/example_trace.txt -seed=7 -observations=10000
     ;;
 test)

@@ -20,11 +20,7 @@ target_include_directories(velmora PUBLIC
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/velmora>)
 
-set(VELMORA_PROGRAMS sylvar)
-if(TARGET sylvar-fit)
-  list(APPEND VELMORA_PROGRAMS sylvar-fit)
-endif()
-install(TARGETS ${VELMORA_PROGRAMS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS sylvar sylvar-fit RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS velmora EXPORT velmoraTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 # Every header under src/, found anew when one is added, each in its subsystem's folder.

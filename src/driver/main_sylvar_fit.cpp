@@ -58,6 +58,7 @@ const char* const kUsage =
     "  -qmin=N -qmax=N     MA orders of the base process tried (default 0..1)\n"
     "  -plot=BASE          also render BASE_acf.png and BASE_cdf.png with gnuplot:\n"
     "                      autocorrelations and distribution of trace and model\n"
+    "                      (their scripts and data files stay beside them)\n"
     "  -progress=0|1       stage lines and the fitters' progress on standard error\n"
     "                      (default: 1 when standard error is a terminal)\n"
     "  -debug=1            the fitters' debug lines as well (implies -progress=1)\n"
@@ -251,7 +252,14 @@ bool isDirectory(const std::string& path) {
 // it, so that a failure never leaves a partial model file behind.
 std::string temporaryName(const std::string& out) { return out + ".part" + std::to_string(::getpid()); }
 
-void checkWritable(const std::string& out) {
+bool sameFile(const std::string& a, const std::string& b) {
+    struct stat sa, sb;
+    return ::stat(a.c_str(), &sa) == 0 && ::stat(b.c_str(), &sb) == 0 && sa.st_dev == sb.st_dev &&
+           sa.st_ino == sb.st_ino;
+}
+
+void checkWritable(const std::string& out, const std::string& trace) {
+    if (sameFile(out, trace)) throw Failure{"the model file '" + out + "' is the trace itself"};
     if (isDirectory(out)) throw Failure{"cannot write the model file '" + out + "': it is a directory"};
     const std::string tmp = temporaryName(out);
     std::FILE* f = std::fopen(tmp.c_str(), "w");
@@ -476,7 +484,7 @@ void runStages(const Options& o, Stages& stages, Report& report) {
 }
 
 int run(const Options& o) {
-    checkWritable(o.out);
+    checkWritable(o.out, o.trace);
     Stages stages(o.quiet);
     Report report;
     report.traceName = o.trace;

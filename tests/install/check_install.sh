@@ -18,11 +18,11 @@ fail() { echo "FAIL: $*" >&2; exit 1; }
 
 "$cmake_cmd" --install "$build_dir" --prefix "$prefix" >/dev/null
 
-for f in bin/sylvar lib/libvelmora.a include/velmora/velmora.h lib/pkgconfig/velmora.pc \
+for f in bin/sylvar bin/sylvar-fit lib/libvelmora.a include/velmora/velmora.h lib/pkgconfig/velmora.pc \
          lib/cmake/velmora/velmoraConfig.cmake lib/cmake/velmora/velmoraConfigVersion.cmake; do
     [ -f "$prefix/$f" ] || fail "$f not installed"
 done
-[ ! -e "$build_dir/sylvar-fit" ] || [ -x "$prefix/bin/sylvar-fit" ] || fail "bin/sylvar-fit not installed"
+"$prefix/bin/sylvar-fit" --help | grep -q '^Usage: sylvar-fit' || fail "the installed sylvar-fit gives no usage"
 (cd "$source_dir/src" && find . -name '*.h' | sort) > "$work/headers.src"
 (cd "$prefix/include/velmora" && find . -name '*.h' | sort) > "$work/headers.installed"
 diff "$work/headers.src" "$work/headers.installed" >&2 || fail "installed headers differ from src/"

@@ -68,17 +68,37 @@ inline void expectRelative(const velmora::Matrix& got, const velmora::Matrix& ex
     expectNear(got, expected, tol, what, true);
 }
 
+// The shell command's standard output and its exit status (-1 when it did
+// not exit normally).
+inline std::string commandOutput(const std::string& command, int* status) {
+    std::string out;
+    *status = -1;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return out;
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
+    int raw = pclose(pipe);
+    *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return out;
+}
+
 // The sylvar program run with the arguments: its output, standard error
-// joined, and its exit status (-1 when it did not exit normally).
+// joined, and its exit status.
 struct SylvarRun { std::string out; int status; };
 inline SylvarRun runSylvar(const std::string& arguments) {
     SylvarRun run{"", -1};
-    FILE* pipe = popen((std::string(SYLVAR_PATH) + " " + arguments + " 2>&1").c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buffer[4096];
-    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) run.out.append(buffer, n);
-    int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    run.out = commandOutput(std::string(SYLVAR_PATH) + " " + arguments + " 2>&1", &run.status);
+    return run;
+}
+
+// The sylvar-fit program run with the arguments: standard output and
+// standard error apart, and the exit status.
+struct SylvarFitRun { std::string out; std::string err; int status; };
+inline SylvarFitRun runSylvarFit(const std::string& arguments) {
+    SylvarFitRun run{"", "", -1};
+    const std::string errors = tempPath("sylvar_fit_stderr.txt");
+    run.out = commandOutput(std::string(SYLVAR_FIT_PATH) + " " + arguments + " 2>" + errors, &run.status);
+    run.err = readFile(errors);
     return run;
 }
 

@@ -1,0 +1,107 @@
+// Runs sylvar-fit on traces that sylvar generated and checks the road back.
+#include <sys/stat.h>
+
+#include "support/test_support.h"
+#include "traces/trace.h"
+
+using namespace velmora;
+using namespace velmora_test;
+
+namespace {
+std::string example(const std::string& name) { return std::string(VELMORA_SOURCE_DIR) + "/examples/" + name; }
+
+bool exists(const std::string& path) {
+    struct stat st;
+    return ::stat(path.c_str(), &st) == 0;
+}
+
+std::string generate(const std::string& model, const std::string& trace, unsigned seed) {
+    const std::string path = tempPath(trace);
+    SylvarRun run = runSylvar("-model=" + model + " -trace=" + path + " -observations=200000 -seed=" +
+                              std::to_string(seed));
+    EXPECT_EQ(run.status, 0) << run.out;
+    return path;
+}
+}  // namespace
+
+// The road of the README: 200 000 values of a known model, the fit, 200 000
+// values of the fitted model; mean within 2 %, lags 1 and 2 within 0.05.
+TEST(SylvarFit, RoundTripThroughTheFittedModelKeepsMeanAndCorrelation) {
+    struct Case { std::string model, arguments, modelLine; } cases[] = {
+        {example("chep.xml"), "-model=auto -marginal=hypererlang", "Model      C"},
+        {example("map.xml"), "-model=map -marginal=hypererlang", "Model      MAP of order "},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.model);
+        const std::string original = generate(c.model, "original.txt", 3);
+        const std::string fitted = tempPath("fitted.xml");
+        std::remove(fitted.c_str());
+        SylvarFitRun fit = runSylvarFit("-trace=" + original + " -out=" + fitted + " " + c.arguments);
+        ASSERT_EQ(fit.status, 0) << fit.err;
+        EXPECT_EQ(fit.err, "") << "progress is shown on a terminal only";
+        EXPECT_NE(fit.out.find(c.modelLine), std::string::npos) << fit.out;
+        EXPECT_NE(fit.out.find("Written    " + fitted + "\n"), std::string::npos) << fit.out;
+        const std::string again = generate(fitted, "again.txt", 5);
+
+        Trace a(original, false), b(again, false);
+        const double meanA = a.getMoments(1)[1], meanB = b.getMoments(1)[1];
+        EXPECT_NEAR(meanB, meanA, 0.02 * meanA);
+        const std::vector<double> acA = a.getAutocorrelations(1, 2), acB = b.getAutocorrelations(1, 2);
+        EXPECT_NEAR(acB[0], acA[0], 0.05);
+        EXPECT_NEAR(acB[1], acA[1], 0.05);
+    }
+}
+
+// Every failure is one line on standard error, status 1, nothing on standard
+// output and no model file.
+TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
+    std::string values;
+    for (unsigned i = 0; i < 60; ++i) values += std::to_string(0.5 + (i * 37 % 11) / 4.0) + "\n";
+    const std::string trace = writeFile("fit_trace.txt", values);
+    const std::string shortTrace = writeFile("fit_short.txt", "1\n2\n3\n4\n5\n");
+    const std::string noModel = writeFile("fit_nomodel.xml", "<velmora><foo>1</foo></velmora>");
+    const std::string missing = tempPath("fit_missing.txt");
+    const std::string out = tempPath("fit_never.xml");
+    const std::string t = "-trace=" + trace + " -out=" + out;
+    struct Case { std::string arguments, error; } cases[] = {
+        {"", "no trace given (-trace=FILE; see sylvar-fit --help)"},
+        {"-trace=" + trace, "no model file given (-out=FILE; see sylvar-fit --help)"},
+        {"-trace=" + missing + " -out=" + out, "cannot read the trace '" + missing + "'"},
+        {"-trace=" + shortTrace + " -out=" + out, "the trace '" + shortTrace + "' holds 5 values; 10 lags need at least 12"},
+        {t + " -marginal=gama",
+         "the marginal fit failed: Unknown marginal 'gama': neither a distribution family nor a model file."},
+        {t + " -model=arma", "unknown model class 'arma' (choose auto, arta, capp, chep or map)"},
+        {t + " -marginal=" + noModel, "the marginal fit failed: The file '" + noModel + "' holds no dist or ph model."},
+        {"-trace=" + trace + " -out=/nonexistent-dir/m.xml",
+         "cannot write the model file '/nonexistent-dir/m.xml': No such file or directory"},
+        {"-trace=" + trace + " -out=" + trace, "the model file '" + trace + "' is the trace itself"},
+        {"-trace=" + trace + " -out=" + testing::TempDir(),
+         "cannot write the model file '" + testing::TempDir() + "': it is a directory"},
+        {t + " -model=chep -marginal=gamma", "the correlation fit failed: Model chep needs a hyper-Erlang marginal "
+                                             "(or an exponential, erlang or hyperexponential one), not gamma."},
+        {t + " -model=map -marginal=lognormal",
+         "the correlation fit failed: Model map needs a phase-type marginal (exponential, erlang, hypoexponential, "
+         "hyperexponential, hypererlang or a ph model file), not lognormal."},
+        {t + " -model=arta -marginal=" + example("ph.xml"),
+         "the correlation fit failed: Model arta needs a distribution family as marginal, not a ph model of order 3."},
+        {t + " -lags=x", "-lags must be a whole number from 1 to 100000, not 'x'"},
+        {t + " -phases=14", "-phases must be a whole number from 1 to 13, not '14'"},
+        {t + " -pmin=4", "-pmin is above -pmax"},
+        {t + " -seed=1", "unknown option -seed (see sylvar-fit --help)"},
+        {t + " trace", "invalid argument 'trace' (arguments are -key=value; see sylvar-fit --help)"},
+    };
+    for (const Case& c : cases) {
+        SylvarFitRun run = runSylvarFit(c.arguments);
+        EXPECT_EQ(run.status, 1) << c.arguments;
+        EXPECT_EQ(run.out, "") << c.arguments;
+        EXPECT_EQ(run.err, "sylvar-fit: " + c.error + "\n") << c.arguments;
+        EXPECT_FALSE(exists(out)) << c.arguments;
+    }
+}
+
+TEST(SylvarFit, HelpGoesToStandardOutput) {
+    SylvarFitRun run = runSylvarFit("-trace=x --help");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out.rfind("Usage: sylvar-fit -trace=FILE -out=MODEL.xml [options]\n", 0), 0u) << run.out;
+    EXPECT_EQ(run.err, "");
+}

@@ -1,0 +1,80 @@
+// The stages from a trace to a model, as a library user calls them.
+#include <memory>
+
+#include "config/conf.h"
+#include "core/process.h"
+#include "distributions/dist_hypererlang.h"
+#include "fitting/tracefit.h"
+#include "markov/cph.h"
+#include "support/test_support.h"
+#include "traces/trace.h"
+
+using namespace velmora;
+using velmora_test::messageOf;
+
+namespace {
+std::vector<double> valuesOf(Trace& t) {
+    std::vector<double> v(t.getSize());
+    for (unsigned i = 0; i < t.getSize(); ++i) v[i] = t.getElement(i);
+    return v;
+}
+
+Trace* chepTrace(unsigned n) {
+    XMLConfig document(std::string(VELMORA_SOURCE_DIR) + "/examples/chep.xml");
+    std::unique_ptr<Process> chep(load_process(&document));
+    return chep->simulate(1, n, 0, 11);
+}
+}  // namespace
+
+// Uniformization over the sorted values against the hyper-Erlang's closed
+// forms: the same distribution, so the same figures.
+TEST(TraceFit, PhaseTypeAssessmentAgreesWithTheClosedFormOfTheSameDistribution) {
+    HyperErlang h({1, 3, 2}, {2.0, 1.5, 0.5}, {0.5, 0.3, 0.2});
+    h.setSeed(5);
+    std::vector<double> data(5000);
+    for (double& x : data) x = h.generateVariate();
+    const distfit::Assessment closed = distfit::assess(&h, data);
+    const distfit::Assessment walked = tracefit_assess_ph(h.asCPH(), data);
+    EXPECT_NEAR(walked.logLikelihood, closed.logLikelihood, 1e-9 * std::fabs(closed.logLikelihood));
+    EXPECT_NEAR(walked.ks, closed.ks, 1e-9);
+    for (unsigned i = 0; i < 3; ++i) {
+        EXPECT_NEAR(walked.modelMoments[i], closed.modelMoments[i], 1e-12 * closed.modelMoments[i]);
+        EXPECT_DOUBLE_EQ(walked.dataMoments[i], closed.dataMoments[i]);
+    }
+    // Six rates, three links inside the branches and three entries.
+    EXPECT_EQ(walked.parameters, 11u);
+}
+
+// A refused class leaves the marginal with the caller; an accepted one takes
+// it, and a MAP keeps the marginal's moments (D0 stays T, and tau stays the
+// stationary vector after an event up to the penalty of the search).
+TEST(TraceFit, CorrelationTakesTheMarginalOnlyWhenItSucceeds) {
+    std::unique_ptr<Trace> trace(chepTrace(20000));
+    const std::vector<double> data = valuesOf(*trace);
+    TraceFitOrders orders;
+
+    TraceFitMarginal gamma = tracefit_marginal(data, "gamma", 6);
+    EXPECT_EQ(gamma.source, "fitted");
+    EXPECT_EQ(messageOf([&] { tracefit_correlation(gamma, TRACEFIT_CAPP, trace.get(), orders); }, "tracefit"),
+              "Model capp needs a phase-type marginal (exponential, erlang, hypoexponential, hyperexponential, "
+              "hypererlang or a ph model file), not gamma.");
+    EXPECT_TRUE(gamma.dist);
+
+    TraceFitMarginal h = tracefit_marginal(data, "hypererlang", 4);
+    EXPECT_EQ(h.candidates.size(), 4u) << "one candidate per phase count";
+    const std::array<double, 3> moments = h.assessment.modelMoments;
+    std::unique_ptr<Process> map(tracefit_correlation(h, TRACEFIT_MAP, trace.get(), orders));
+    EXPECT_FALSE(h.dist);
+    EXPECT_EQ(tracefit_model_class(map.get()).rfind("MAP of order ", 0), 0u);
+    unsigned p = 0, q = 0;
+    EXPECT_FALSE(tracefit_base_orders(map.get(), &p, &q));
+    const std::vector<double> got = map->getMoments(1, 3);
+    for (unsigned i = 0; i < 3; ++i) EXPECT_NEAR(got[i], moments[i], 1e-7 * moments[i]);
+
+    TraceFitMarginal chosen = tracefit_marginal(data, "", 3);
+    EXPECT_EQ(chosen.source, "AIC choice");
+    EXPECT_EQ(chosen.candidates.size(), 5u + 3u);
+    std::unique_ptr<Process> model(tracefit_correlation(chosen, TRACEFIT_AUTO, trace.get(), orders));
+    EXPECT_TRUE(tracefit_base_orders(model.get(), &p, &q));
+    EXPECT_TRUE(p >= orders.pMin && p <= orders.pMax && q <= orders.qMax);
+}
