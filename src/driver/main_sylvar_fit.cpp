@@ -74,6 +74,10 @@ const char* const kUsage =
     "  sylvar-fit -trace=measured.txt -out=fitted.xml -marginal=hypererlang\n"
     "  sylvar -model=fitted.xml -trace=synthetic.txt -observations=200000\n";
 
+// The largest distance of a fitted autocorrelation from the trace's that
+// passes without a warning.
+const double kMissWarning = 0.05;
+
 // A failure with the one line that reports it.
 struct Failure {
     std::string message;
@@ -288,11 +292,16 @@ void writeModel(Process* model, const std::string& out) {
     }
 }
 
+// A value that rounds to zero is shown without a minus sign.
 std::string number(double x, const char* form = "%.6g") {
     if (std::isnan(x)) return "-";
     char buf[64];
     std::snprintf(buf, sizeof buf, form, x);
-    return buf;
+    std::string text = buf;
+    if (text[0] == '-' && text.find_first_of("123456789") == std::string::npos)
+        text[0] = std::strchr(form, '+') != nullptr ? '+' : ' ';
+    if (text[0] == ' ') text.erase(0, 1);
+    return text;
 }
 
 std::string indent(const std::string& text) {
@@ -427,6 +436,20 @@ int fail(std::string message) {
     return 1;
 }
 
+// A model that misses the trace's autocorrelations widely is still written,
+// with a warning that points at the report's table. Such a miss comes from
+// targets that the marginal cannot reach, or that no ARMA base process of
+// the orders tried follows.
+void warnOfMisses(const Report& r) {
+    std::size_t worst = 0;
+    for (std::size_t i = 1; i < r.targets.size() && i < r.fitted.size(); ++i)
+        if (std::fabs(r.fitted[i] - r.targets[i]) > std::fabs(r.fitted[worst] - r.targets[worst])) worst = i;
+    if (r.fitted.empty() || !(std::fabs(r.fitted[worst] - r.targets[worst]) > kMissWarning)) return;
+    std::cerr << "sylvar-fit: warning: the model's autocorrelation at lag " << worst + 1 << " is "
+              << number(r.fitted[worst], "%.4f") << ", the trace's " << number(r.targets[worst], "%.4f")
+              << " (see the table of lags)" << std::endl;
+}
+
 // A library failure is reported with the stage it ended.
 std::string stageContext(const std::string& stage) {
     if (stage == "read") return "cannot read the trace: ";
@@ -499,6 +522,7 @@ int run(const Options& o) {
     }
     report.times = stages.summary();
     std::cout << reportText(report) << std::flush;
+    warnOfMisses(report);
     return 0;
 }
 

@@ -15,6 +15,14 @@ bool exists(const std::string& path) {
     return ::stat(path.c_str(), &st) == 0;
 }
 
+// Sixty values in a repeating pattern of eleven, whose autocorrelations
+// swing between about -0.5 and 0.5.
+std::string patternTrace() {
+    std::string values;
+    for (unsigned i = 0; i < 60; ++i) values += std::to_string(0.5 + (i * 37 % 11) / 4.0) + "\n";
+    return writeFile("fit_trace.txt", values);
+}
+
 std::string generate(const std::string& model, const std::string& trace, unsigned seed) {
     const std::string path = tempPath(trace);
     SylvarRun run = runSylvar("-model=" + model + " -trace=" + path + " -observations=200000 -seed=" +
@@ -55,9 +63,7 @@ TEST(SylvarFit, RoundTripThroughTheFittedModelKeepsMeanAndCorrelation) {
 // Every failure is one line on standard error, status 1, nothing on standard
 // output and no model file.
 TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
-    std::string values;
-    for (unsigned i = 0; i < 60; ++i) values += std::to_string(0.5 + (i * 37 % 11) / 4.0) + "\n";
-    const std::string trace = writeFile("fit_trace.txt", values);
+    const std::string trace = patternTrace();
     const std::string shortTrace = writeFile("fit_short.txt", "1\n2\n3\n4\n5\n");
     const std::string noModel = writeFile("fit_nomodel.xml", "<velmora><foo>1</foo></velmora>");
     const std::string missing = tempPath("fit_missing.txt");
@@ -97,6 +103,17 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
         EXPECT_EQ(run.err, "sylvar-fit: " + c.error + "\n") << c.arguments;
         EXPECT_FALSE(exists(out)) << c.arguments;
     }
+}
+
+// A single-path chain gives a MAP without correlation: written, with a warning.
+TEST(SylvarFit, AModelThatMissesTheTraceIsWrittenWithAWarning) {
+    const std::string out = tempPath("fit_missed.xml");
+    SylvarFitRun run = runSylvarFit("-trace=" + patternTrace() + " -out=" + out + " -model=map -marginal=" +
+                                    example("ph.xml"));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "sylvar-fit: warning: the model's autocorrelation at lag 3 is 0.0000, the trace's 0.5172 "
+                       "(see the table of lags)\n");
+    EXPECT_TRUE(exists(out));
 }
 
 TEST(SylvarFit, HelpGoesToStandardOutput) {
