@@ -410,11 +410,10 @@ bool fileExists(const std::string& path) {
     return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0;
 }
 
-// The CDF is drawn from the smallest value to the 99th percentile, where
-// the body of the distribution lies.
-std::vector<std::string> renderPlots(const std::string& base, Trace* trace, Process* model, unsigned lags) {
-    std::vector<double> sorted(trace->getSize());
-    for (unsigned i = 0; i < trace->getSize(); ++i) sorted[i] = trace->getElement(i);
+// The CDF is drawn from 0 (or the smallest value, when it lies below) to the
+// 99th percentile, where the body of the distribution lies.
+std::vector<std::string> renderPlots(const std::string& base, Trace* trace, std::vector<double> sorted,
+                                     Process* model, unsigned lags) {
     std::sort(sorted.begin(), sorted.end());
     const double lower = std::min(0.0, sorted.front());
     const double upper = sorted[static_cast<std::size_t>(0.99 * (sorted.size() - 1))];
@@ -497,7 +496,7 @@ void runStages(const Options& o, Stages& stages, Report& report) {
 
     if (!o.plot.empty()) {
         stages.begin("plots", "rendering " + o.plot + "_acf.png and " + o.plot + "_cdf.png");
-        report.plots = renderPlots(o.plot, &trace, model.get(), o.orders.lags);
+        report.plots = renderPlots(o.plot, &trace, data, model.get(), o.orders.lags);
         stages.end();
     }
 

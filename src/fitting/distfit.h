@@ -102,6 +102,12 @@ struct Assessment {
 // Throws for a null d, empty data or non-finite values.
 Assessment assess(Dist* d, const std::vector<double>& data);
 
+// Completes an assessment of `data` whose family, parameter count,
+// log-likelihood, KS distance and model moments are set: the count of
+// values, AIC, BIC and the data's raw moments. For models assessed outside
+// `assess`, such as a phase-type distribution.
+void complete_assessment(Assessment& a, const std::vector<double>& data);
+
 // The number of free parameters counted for d: one per real parameter of the
 // family, 2m - 1 for a hyper-Erlang of m branches, 3 for a two-branch
 // hyper-exponential; whole-number parameters (Erlang phases, chi-square

@@ -325,22 +325,25 @@ Assessment assess(Dist* d, const std::vector<double>& data) {
     Assessment a;
     a.family = family;
     a.parameters = parameter_count(d);
-    a.n = data.size();
-    double ll = 0, s1 = 0, s2 = 0, s3 = 0;
+    for (double x : data) a.logLikelihood += model.logpdf(x);
+    a.ks = kolmogorovSmirnov(model, data);
+    a.modelMoments = model.moments;
+    complete_assessment(a, data);
+    return a;
+}
+
+void complete_assessment(Assessment& a, const std::vector<double>& data) {
+    double s1 = 0, s2 = 0, s3 = 0;
     for (double x : data) {
-        ll += model.logpdf(x);
         s1 += x;
         s2 += x * x;
         s3 += x * x * x;
     }
     const double n = static_cast<double>(data.size());
-    a.logLikelihood = ll;
-    a.aic = 2.0 * a.parameters - 2 * ll;
-    a.bic = a.parameters * std::log(n) - 2 * ll;
-    a.ks = kolmogorovSmirnov(model, data);
-    a.modelMoments = model.moments;
+    a.n = data.size();
+    a.aic = 2.0 * a.parameters - 2 * a.logLikelihood;
+    a.bic = a.parameters * std::log(n) - 2 * a.logLikelihood;
     a.dataMoments = {{s1 / n, s2 / n, s3 / n}};
-    return a;
 }
 
 Selection::Selection() = default;

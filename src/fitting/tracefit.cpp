@@ -157,9 +157,9 @@ std::string TraceFitMarginal::parameterText() const {
 
 // A known family name wins over a file of the same name; a name ending in
 // ".xml", or any other name that opens as a file, is a model file.
-TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& spec, unsigned phases) {
+TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& request, unsigned phases) {
     distfit::check_values(data, "the trace", false);
-    if (spec.empty()) {
+    if (request.empty()) {
         distfit::Selection s = distfit::best_family(data, tracefit_default_families(), phases);
         TraceFitMarginal m;
         m.source = "AIC choice";
@@ -168,20 +168,20 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.dist = std::move(s.best);
         return m;
     }
-    if (!isFamilyName(spec)) {
-        if (endsWithXml(spec) || readable(spec)) return marginalFromFile(spec, data);
-        fail(__LINE__, "Unknown marginal '" + spec + "': neither a distribution family nor a model file.");
+    if (!isFamilyName(request)) {
+        if (endsWithXml(request) || readable(request)) return marginalFromFile(request, data);
+        fail(__LINE__, "Unknown marginal '" + request + "': neither a distribution family nor a model file.");
     }
     TraceFitMarginal m;
     m.source = "fitted";
-    if (spec == "hypererlang") {
+    if (request == "hypererlang") {
         // The phase count is chosen like the family: by AIC.
-        distfit::Selection s = distfit::best_family(data, {spec}, phases);
+        distfit::Selection s = distfit::best_family(data, {request}, phases);
         m.assessment = s.candidates[s.bestIndex].assessment;
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
     } else {
-        m.dist.reset(distfit::fit_distribution(spec, data, 0));
+        m.dist.reset(distfit::fit_distribution(request, data, 0));
         m.assessment = distfit::assess(m.dist.get(), data);
     }
     return m;
@@ -213,9 +213,7 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
     const double count = static_cast<double>(sorted.size());
     distfit::Assessment a;
     a.family = "ph";
-    a.n = sorted.size();
     double previous = 0;
-    double s1 = 0, s2 = 0, s3 = 0;
     for (std::size_t k = 0; k < sorted.size(); ++k) {
         const double x = sorted[k];
         if (x > previous) {
@@ -233,23 +231,16 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
         const double F = 1 - survival;
         a.ks = std::max(a.ks, std::max(F - k / count, (k + 1) / count - F));
     }
-    for (double x : data) {
-        s1 += x;
-        s2 += x * x;
-        s3 += x * x * x;
-    }
-    unsigned k = 0;
+    unsigned nonZero = 0;
     for (unsigned i = 0; i < n; ++i) {
-        if (tau(i) != 0) ++k;
+        if (tau(i) != 0) ++nonZero;
         for (unsigned j = 0; j < n; ++j)
-            if (T(i, j) != 0) ++k;
+            if (T(i, j) != 0) ++nonZero;
     }
-    a.parameters = k > 0 ? k - 1 : 0;
-    a.aic = 2.0 * a.parameters - 2 * a.logLikelihood;
-    a.bic = a.parameters * std::log(count) - 2 * a.logLikelihood;
+    a.parameters = nonZero > 0 ? nonZero - 1 : 0;
     const std::vector<double> moments = ph.getMoments(1, 3);
     for (unsigned i = 0; i < 3 && i < moments.size(); ++i) a.modelMoments[i] = moments[i];
-    a.dataMoments = {{s1 / count, s2 / count, s3 / count}};
+    distfit::complete_assessment(a, data);
     return a;
 }
 

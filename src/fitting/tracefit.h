@@ -54,13 +54,13 @@ struct TraceFitMarginal {
     std::string parameterText() const;
 };
 
-// The marginal from `spec`: empty for the AIC choice among the default
+// The marginal from `request`: empty for the AIC choice among the default
 // families, a family's type name for that family (a hyper-Erlang: the best
 // of 1 to `phases` phases by AIC), or the name of an XML model file that
 // holds a `dist` or a `ph` model; a name ending in ".xml" is always taken
 // for a file. Throws with a clear message for an unknown family, a file
 // that can't be read or holds neither model, and data a family refuses.
-TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& spec, unsigned phases);
+TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& request, unsigned phases);
 
 // The assessment of a phase-type distribution, by uniformization over the
 // sorted values: log-likelihood, AIC and BIC with one parameter per non-zero
