@@ -298,7 +298,7 @@ std::string number(double x, const char* form = "%.6g") {
     char buf[64];
     std::snprintf(buf, sizeof buf, form, x);
     std::string text = buf;
-    if (text[0] == '-' && text.find_first_of("123456789") == std::string::npos)
+    if (std::isfinite(x) && text[0] == '-' && text.find_first_of("123456789") == std::string::npos)
         text[0] = std::strchr(form, '+') != nullptr ? '+' : ' ';
     if (text[0] == ' ') text.erase(0, 1);
     return text;

@@ -189,7 +189,12 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
 
 // The vector v(x) = tau exp(T x) is carried from one sorted value to the
 // next by uniformization; the density is v(x) times the exit rates and the
-// distribution function 1 minus the sum of v(x).
+// distribution function 1 minus the sum of v(x). The Poisson sums are not
+// trimmed (eps 0): they keep every term that still counts in double
+// precision, so that the small masses of late phases near 0, which make the
+// density there, are not cut away. A value whose density falls below that
+// precision, as near 0 for a long chain, still counts as density 0 and
+// gives a log-likelihood of minus infinity.
 distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>& data) {
     distfit::check_values(data, "ph", true);
     const Matrix T = ph.getT();
@@ -217,7 +222,7 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
     for (std::size_t k = 0; k < sorted.size(); ++k) {
         const double x = sorted[k];
         if (x > previous) {
-            map_ph_randomization(&P, &v, &scratch, &result, lambda, x - previous, 1e-12);
+            map_ph_randomization(&P, &v, &scratch, &result, lambda, x - previous, 0);
             v = result;
             previous = x;
         }

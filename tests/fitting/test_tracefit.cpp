@@ -6,6 +6,7 @@
 #include "distributions/dist_hypererlang.h"
 #include "fitting/tracefit.h"
 #include "markov/cph.h"
+#include "numerics/matrix.h"
 #include "support/test_support.h"
 #include "traces/trace.h"
 
@@ -43,6 +44,12 @@ TEST(TraceFit, PhaseTypeAssessmentAgreesWithTheClosedFormOfTheSameDistribution) 
     }
     // Six rates, three links inside the branches and three entries.
     EXPECT_EQ(walked.parameters, 11u);
+
+    // Near 0 the density of a chain lives in the small mass of its last
+    // phase: rates 1, 2, 3 give 3 x^2 at x = 1e-9, and the hypo-exponential
+    // closed form at 0.5 (both by hand in Python's math module).
+    CPH chain(Matrix({{-1, 1, 0}, {0, -2, 2}, {0, 0, -3}}), Vector({1, 0, 0}, true));
+    EXPECT_NEAR(tracefit_assess_ph(chain, {1e-9, 0.5}).logLikelihood, -41.61481135569098, 1e-8);
 }
 
 // A refused class leaves the marginal with the caller; an accepted one takes
