@@ -4,6 +4,7 @@
 #ifndef VELMORA_NUMERICS_MISC_NUMERICAL_H
 #define VELMORA_NUMERICS_MISC_NUMERICAL_H
 
+#include <cmath>
 #include <vector>
 
 namespace velmora {
@@ -18,8 +19,9 @@ double loggamma(double x);
 }  // namespace as
 
 // Work area of the polynomial zero finder. The routines of the family share
-// it instead of passing the polynomials around, so only one zero search can
-// run at a time in a process. Coefficients are stored highest power first.
+// it instead of passing the polynomials around; each thread has its own, so
+// searches on several threads never meet, and one search runs at a time on a
+// thread. Coefficients are stored highest power first.
 struct cpoly_global {
     std::vector<double> pr, pi;    // working polynomial p
     std::vector<double> hr, hi;    // H polynomial
@@ -36,7 +38,7 @@ struct cpoly_global {
     unsigned nn;                   // degree of the working polynomial plus 1
 };
 
-extern cpoly_global cpoly_vars;
+extern thread_local cpoly_global cpoly_vars;
 
 // All zeros of the polynomial with real parts opr and imaginary parts opi,
 // highest power first, by Algorithm 419 (Jenkins and Traub 1972). The zeros
@@ -87,9 +89,51 @@ void fxshft(unsigned l2, double* zr, double* zi, bool* conv);
 // Third stage: at most l3 variable-shift steps, starting at z.
 void vrshft(unsigned l3, double* zr, double* zi, bool* conv);
 
-// Integral of f over [a, b] by Romberg's method. f receives the variable and
-// a copy of params. Levels are added until the relative change of the
-// diagonal drops below tol, at most 15 of them (2^15 + 1 evaluations).
+// Integral of f over [a, b] by Romberg's method: the trapezoidal rule with
+// the step halved level by level and Richardson extrapolation over a
+// triangular table of 16 x 16 values. f is any callable of one double and
+// carries its own context, so nested and concurrent integrals need no shared
+// state. Levels are added until the relative change of the diagonal drops
+// below tol, at most 15 of them (2^15 + 1 evaluations). The change is
+// relative with no floor: a diagonal of exactly 0 gives no number, so the
+// test never fires then and all levels run. The table lives on the stack.
+template <class F>
+double RombergIteration(double a, double b, F&& f, double tol) {
+    const unsigned maxLevel = 15;
+    double R[maxLevel + 1][maxLevel + 1];
+    const double w = b - a;
+    // f(a) is evaluated before f(b), so an integrand that counts or records
+    // its calls sees them in a fixed order.
+    const double fa = f(a);
+    const double fb = f(b);
+    R[0][0] = (fa + fb) * w / 2.0;
+
+    unsigned n = 1;
+    for (;; ++n) {
+        const double twoN = std::ldexp(1.0, static_cast<int>(n));
+        const double h = w / twoN;
+        const unsigned long points = 1UL << (n - 1);
+
+        // The new points lie between the old ones, visited from b downwards.
+        double sum = 0.0;
+        double x = b - h;
+        for (unsigned long i = 0; i < points; ++i) {
+            sum += f(x);
+            x -= 2.0 * h;
+        }
+        R[n][0] = w * sum / twoN + R[n - 1][0] / 2.0;
+
+        double fourM = 1.0;
+        for (unsigned m = 1; m <= n; ++m) {
+            fourM *= 4.0;
+            R[n][m] = (fourM * R[n][m - 1] - R[n - 1][m - 1]) / (fourM - 1.0);
+        }
+        if (std::fabs((R[n][n] - R[n - 1][n - 1]) / R[n][n]) < tol || n == maxLevel) break;
+    }
+    return R[n][n];
+}
+
+// The same with an integrand that receives the variable and a copy of params.
 double RombergIteration(double a, double b, double (*f)(double, std::vector<double>),
                         std::vector<double> params, double tol);
 

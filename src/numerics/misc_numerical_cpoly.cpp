@@ -12,7 +12,7 @@
 
 namespace velmora {
 
-cpoly_global cpoly_vars;
+thread_local cpoly_global cpoly_vars;
 
 namespace {
 

@@ -27,7 +27,7 @@ struct SearchOutcome {
 // place and the coordinates of the other vertices; B is scratch of n entries
 // and holds the best vertex on return.
 SearchOutcome searchPolytope(Matrix& P, unsigned n, std::vector<double>& B, double f0, double size,
-                             double (*fn)(std::vector<double>), double abstol, double intol, double alpha,
+                             FunctionRef<double(std::vector<double>)> fn, double abstol, double intol, double alpha,
                              double beta, double gamma, unsigned maxit) {
     std::vector<double*> row(n + 1);
     for (unsigned i = 0; i <= n; ++i) row[i] = P[i].data();
@@ -153,7 +153,7 @@ void finish(const std::vector<double>& best, const SearchOutcome& outcome, std::
 
 }  // namespace
 
-void nmmin(std::vector<double> start, std::vector<double>* result, double* minimum, double (*fn)(std::vector<double>),
+void nmmin(std::vector<double> start, std::vector<double>* result, double* minimum, FunctionRef<double(std::vector<double>)> fn,
            int* fail, double abstol, double intol, double alpha, double beta, double gamma, int* fncount,
            unsigned maxit) {
     const unsigned n = static_cast<unsigned>(start.size());
@@ -187,7 +187,7 @@ void nmmin(std::vector<double> start, std::vector<double>* result, double* minim
     finish(B, outcome, result, minimum, fail, fncount);
 }
 
-void nmmin(Matrix polytope, std::vector<double>* result, double* minimum, double (*fn)(std::vector<double>),
+void nmmin(Matrix polytope, std::vector<double>* result, double* minimum, FunctionRef<double(std::vector<double>)> fn,
            int* fail, double abstol, double intol, double alpha, double beta, double gamma, int* fncount,
            unsigned maxit) {
     const unsigned rows = polytope.getNumberRows();
@@ -209,7 +209,7 @@ void nmmin(Matrix polytope, std::vector<double>* result, double* minimum, double
     finish(B, outcome, result, minimum, fail, fncount);
 }
 
-double golden_section_search(double (*fn)(double), double a, double b, double tol) {
+double golden_section_search(FunctionRef<double(double)> fn, double a, double b, double tol) {
     const double c = 0.3819660112501051;  // (3 - sqrt(5))/2
     double x1 = a + c * (b - a);
     double x2 = x1 + c * (b - x1);

@@ -1,13 +1,16 @@
 // Derivative-free minimisers: the Nelder-Mead downhill simplex search
 // (Nelder and Mead 1965) in the form of Nash, Compact Numerical Methods for
 // Computers, Algorithm 19, and the golden section search for one variable.
-// The goal functions take no context argument: a caller hands its data over
-// in file-scope variables. Neither routine prints anything, and what the goal
+// The goal functions are callables that carry their own context (a lambda
+// over the caller's problem, or a plain function), so searches on several
+// threads never meet. Neither routine prints anything, and what the goal
 // function throws passes through.
 #ifndef VELMORA_NUMERICS_MISC_OPTIM_H
 #define VELMORA_NUMERICS_MISC_OPTIM_H
 
 #include <vector>
+
+#include "numerics/function_ref.h"
 
 namespace velmora {
 
@@ -31,14 +34,14 @@ class Matrix;
 // shrink that did not reduce the size. fncount counts every call of fn.
 // result receives the best vertex (resized to n if it has another length);
 // any output pointer may be null when its value isn't wanted.
-void nmmin(std::vector<double> start, std::vector<double>* result, double* minimum, double (*fn)(std::vector<double>),
+void nmmin(std::vector<double> start, std::vector<double>* result, double* minimum, FunctionRef<double(std::vector<double>)> fn,
            int* fail, double abstol, double intol, double alpha, double beta, double gamma, int* fncount,
            unsigned maxit);
 
 // The same search from a polytope whose vertex coordinates the caller has
 // filled in (vertex 0 in column 0); row n and column n+1 are overwritten.
 // A polytope of other than (n+1) x (n+2) entries, n >= 0, throws.
-void nmmin(Matrix polytope, std::vector<double>* result, double* minimum, double (*fn)(std::vector<double>),
+void nmmin(Matrix polytope, std::vector<double>* result, double* minimum, FunctionRef<double(std::vector<double>)> fn,
            int* fail, double abstol, double intol, double alpha, double beta, double gamma, int* fncount,
            unsigned maxit);
 
@@ -46,7 +49,7 @@ void nmmin(Matrix polytope, std::vector<double>* result, double* minimum, double
 // bracket shrinks by the factor 0.618... per evaluation until it is no wider
 // than tol. The search also stops when the bracket can shrink no further in
 // double precision, so a tol of 0 ends as well.
-double golden_section_search(double (*fn)(double), double a, double b, double tol);
+double golden_section_search(FunctionRef<double(double)> fn, double a, double b, double tol);
 
 }  // namespace velmora
 

@@ -12,8 +12,8 @@
 // lppver (reinversion), lpprm2 (iterations) with lppphs (phase), lppmin
 // (pricing), lppjmy (column), lpprow (ratio test), lpppiv (pivot) and lpplop
 // (loop watch), lppers (residuals), lppmod with lppgt1 and lppvr1 (warm
-// starts). They share the block below and the caller's arrays, so the solver
-// is not reentrant.
+// starts). They share the block of one Solver and the caller's arrays; every
+// solve has its own Solver, and only the seed of the tie rule outlives it.
 #include "numerics/misc_optim_simplex.h"
 
 #include <cmath>
@@ -41,15 +41,29 @@ struct LppReals {
     double pivot, cost, feasibility, zero;
 };
 
-// Values that live between iterations; the seed lives between solves too.
+// Values that live between iterations of one solve.
 struct LppDoubles {
     double lastObjective;
     double seed;
 };
 
+// The seed of the tie rule lives on from solve to solve, one per thread, so
+// solves on several threads never meet and each thread sees the sequence of
+// a program that runs its solves alone.
+thread_local double tieSeed = 123457.0;
+
+void invalid(int line, const char* message) { throw Exception("misc_optim_simplex", line, message); }
+
+// One solve: the block of the running solve and the stages that share it.
+class Solver {
+public:
+    void solve(double* A, double* t, double* b, double* c, int* options, double* tolerances, double* objectiveValue,
+               double* xb, int* ib, double* pi, double* rc, double* errors, int* status, double* work);
+
+private:
 LppIntegers lppzzi_;
 LppReals lppzzr_;
-LppDoubles lppzzd_ = {0.0, 123457.0};
+LppDoubles lppzzd_ = {0.0, 0.0};
 
 // The caller's arrays of the running solve.
 double* A_;
@@ -76,15 +90,15 @@ double costOf(int j) {
 
 // Park and Miller's minimal standard generator in double arithmetic, with the
 // remainder of a quotient truncated towards zero.
-double d_mod(double x, double y) { return x - std::trunc(x / y) * y; }
+static double d_mod(double x, double y) { return x - std::trunc(x / y) * y; }
 
 // The random rule among rows that tie in the ratio test: the k-th tie since
 // the last strictly better row takes over with chance 1/k.
 bool tieTakesOver(int& ties) {
     ++ties;
     const double s = 1.0 / ties;
-    lppzzd_.seed = d_mod(16807.0 * lppzzd_.seed, 2147483647.0);
-    const double r = lppzzd_.seed / 2147483648.0;
+    tieSeed = d_mod(16807.0 * tieSeed, 2147483647.0);
+    const double r = tieSeed / 2147483648.0;
     return s >= r;
 }
 
@@ -463,13 +477,11 @@ void lppers(double* pi, double* errors) {
         errors[3] += d;
     }
 }
+};
 
-void invalid(int line, const char* message) { throw Exception("misc_optim_simplex", line, message); }
-
-}  // namespace
-
-void lpprim(double* A, double* t, double* b, double* c, int* options, double* tolerances, double* objectiveValue,
-            double* xb, int* ib, double* pi, double* rc, double* errors, int* status, double* work) {
+void Solver::solve(double* A, double* t, double* b, double* c, int* options, double* tolerances,
+                   double* objectiveValue, double* xb, int* ib, double* pi, double* rc, double* errors, int* status,
+                   double* work) {
     LppIntegers& s = lppzzi_;
     const int m = options[2], n = options[3];
     if (m < 1 || n < 1 || options[0] < m || options[1] < n)
@@ -551,6 +563,14 @@ void lpprim(double* A, double* t, double* b, double* c, int* options, double* to
     status[1] = s.pivots;
     status[2] = s.sinceReinversion;
     status[3] = s.reinversions;
+}
+
+}  // namespace
+
+void lpprim(double* A, double* t, double* b, double* c, int* options, double* tolerances, double* objectiveValue,
+            double* xb, int* ib, double* pi, double* rc, double* errors, int* status, double* work) {
+    Solver solver;
+    solver.solve(A, t, b, c, options, tolerances, objectiveValue, xb, ib, pi, rc, errors, status, work);
 }
 
 }  // namespace lpprim

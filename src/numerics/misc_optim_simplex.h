@@ -5,8 +5,9 @@
 // costs; a ratio test that prefers to clear artificial rows, a random rule for
 // ties, a watch for two columns that swap again and again, and limits on the
 // pivots and on iterations without progress keep degenerate problems from
-// cycling. The solver keeps its state in one file-level block, so one solve
-// runs at a time; the seed of the tie rule carries over from solve to solve.
+// cycling. Each solve keeps its state in its own block, so solves may run on
+// several threads at once; the seed of the tie rule carries over from solve
+// to solve on the same thread.
 #ifndef VELMORA_NUMERICS_MISC_OPTIM_SIMPLEX_H
 #define VELMORA_NUMERICS_MISC_OPTIM_SIMPLEX_H
 

@@ -15,7 +15,7 @@
 
 namespace velmora {
 
-std::uint32_t MTRand::differ = 0;
+std::atomic<std::uint32_t> MTRand::differ{0};
 
 MTRand::MTRand(const unsigned long& oneSeed) { seed(oneSeed); }
 

@@ -9,6 +9,7 @@
 #ifndef VELMORA_NUMERICS_RANDOM_H
 #define VELMORA_NUMERICS_RANDOM_H
 
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
@@ -49,7 +50,8 @@ protected:
     void initialize(std::uint32_t oneSeed);
     void reload();
     // Folds the bytes of t and c into one word; the counter `differ` makes
-    // two calls within the same clock tick give different words.
+    // two calls within the same clock tick give different words, on any
+    // thread.
     static std::uint32_t hash(std::time_t t, std::clock_t c);
 
     static std::uint32_t hiBit(std::uint32_t u) { return u & 0x80000000U; }
@@ -65,7 +67,7 @@ protected:
     std::uint32_t state[N];
     unsigned next;
 
-    static std::uint32_t differ;
+    static std::atomic<std::uint32_t> differ;
 };
 
 inline unsigned long MTRand::randInt() {
