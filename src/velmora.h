@@ -13,6 +13,7 @@
 #include "traces/trace_mc.h"
 #include "traces/trace_summary.h"
 
+#include "numerics/function_ref.h"
 #include "numerics/jump_chain.h"
 #include "numerics/matrix.h"
 #include "numerics/misc_linalg.h"

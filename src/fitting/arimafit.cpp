@@ -14,9 +14,9 @@ namespace velmora {
 
 namespace ARIMAFit {
 
-std::vector<double> libvelmora_arimafit_desired_ac;
-std::pair<unsigned, unsigned> libvelmora_arimafit_arma_dim(0, 0);
-double libvelmora_arimafit_arma_penalty = 1.0;
+thread_local std::vector<double> libvelmora_arimafit_desired_ac;
+thread_local std::pair<unsigned, unsigned> libvelmora_arimafit_arma_dim(0, 0);
+thread_local double libvelmora_arimafit_arma_penalty = 1.0;
 
 namespace {
 
@@ -43,6 +43,28 @@ double stationarityPenalty(const std::vector<double>& ar, double weight) {
     return penalty;
 }
 
+// The problem of one fit, which its objective carries.
+struct ArmaProblem {
+    std::vector<double> desired;  // lag 1 first
+    unsigned p, q;
+    double penalty;  // grows tenfold with every evaluation that pays it
+};
+
+double sumOfSquares(ArmaProblem& problem, const std::vector<double>& coefficients) {
+    const unsigned p = problem.p;
+    const unsigned q = problem.q;
+    const std::unique_ptr<ARIMA> model(construct_arma_model(coefficients, p, q));
+    const unsigned lags = static_cast<unsigned>(problem.desired.size());
+    double sum = autocorrelation_error(model->getAutocorrelations(1, lags), problem.desired);
+    if (p != 0) {
+        const double penalty = stationarityPenalty(model->getARCoefficients(), problem.penalty);
+        // Every evaluation that pays makes all later ones ten times as strict.
+        if (penalty > 0) problem.penalty *= 10;
+        sum += penalty;
+    }
+    return sum;
+}
+
 }  // namespace
 
 double autocorrelation_error(const std::vector<double>& rho, const std::vector<double>& target) {
@@ -62,17 +84,10 @@ ARIMA* construct_arma_model(std::vector<double> coefficients, unsigned p, unsign
 }
 
 double arma_sum_of_squares(std::vector<double> coefficients) {
-    const unsigned p = libvelmora_arimafit_arma_dim.first;
-    const unsigned q = libvelmora_arimafit_arma_dim.second;
-    const std::unique_ptr<ARIMA> model(construct_arma_model(coefficients, p, q));
-    const unsigned lags = static_cast<unsigned>(libvelmora_arimafit_desired_ac.size());
-    double sum = autocorrelation_error(model->getAutocorrelations(1, lags), libvelmora_arimafit_desired_ac);
-    if (p != 0) {
-        const double penalty = stationarityPenalty(model->getARCoefficients(), libvelmora_arimafit_arma_penalty);
-        // Every evaluation that pays makes all later ones ten times as strict.
-        if (penalty > 0) libvelmora_arimafit_arma_penalty *= 10;
-        sum += penalty;
-    }
+    ArmaProblem problem{libvelmora_arimafit_desired_ac, libvelmora_arimafit_arma_dim.first,
+                        libvelmora_arimafit_arma_dim.second, libvelmora_arimafit_arma_penalty};
+    const double sum = sumOfSquares(problem, coefficients);
+    libvelmora_arimafit_arma_penalty = problem.penalty;
     return sum;
 }
 
@@ -83,7 +98,7 @@ void check_autocorrelation_targets(const std::vector<double>& ac) {
 }
 
 std::vector<double> invert_autocorrelations(const std::vector<double>& ac, double* target,
-                                            double (*objective)(double)) {
+                                            FunctionRef<double(double)> objective) {
     std::vector<double> result(ac.size(), 0.0);
     for (std::size_t i = 0; i < ac.size(); ++i) {
         const double r = ac[i];
@@ -97,9 +112,7 @@ std::vector<double> invert_autocorrelations(const std::vector<double>& ac, doubl
 ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q) {
     check_autocorrelation_targets(ac);
 
-    libvelmora_arimafit_desired_ac = ac;
-    libvelmora_arimafit_arma_dim = std::make_pair(p, q);
-    libvelmora_arimafit_arma_penalty = 1.0;
+    ArmaProblem problem{ac, p, q, 1.0};
 
     // 0.8/p for every entry, the MA ones too. A pure MA model has no p to
     // divide by; there the q entries share 0.8 in the same way.
@@ -109,7 +122,12 @@ ARIMA* fit_arma_model(std::vector<double> ac, unsigned p, unsigned q) {
     std::vector<double> best(start.size());
     double minimum = 0;
     int fail = 0, fncount = 0;
-    nmmin(start, &best, &minimum, arma_sum_of_squares, &fail, -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
+    nmmin(start, &best, &minimum, [&problem](std::vector<double> x) { return sumOfSquares(problem, x); }, &fail,
+          -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
+    // The record of the last fit on this thread.
+    libvelmora_arimafit_desired_ac = std::move(problem.desired);
+    libvelmora_arimafit_arma_dim = std::make_pair(p, q);
+    libvelmora_arimafit_arma_penalty = problem.penalty;
     return construct_arma_model(best, p, q);
 }
 

@@ -9,18 +9,21 @@
 #include <utility>
 #include <vector>
 
+#include "numerics/function_ref.h"
+
 namespace velmora {
 
 class ARIMA;
 
 namespace ARIMAFit {
 
-// The problem of the running fit, read by the objective, which takes no
-// context argument; so one fit runs at a time. They are reset by each fit
-// and keep the values of the last one afterwards.
-extern std::vector<double> libvelmora_arimafit_desired_ac;  // lag 1 first
-extern std::pair<unsigned, unsigned> libvelmora_arimafit_arma_dim;  // (p, q)
-extern double libvelmora_arimafit_arma_penalty;
+// The problem of the last fit on this thread, with the penalty weight it
+// ended with: a record that fit_arma_model fills when it returns, one per
+// thread. The fit itself carries its problem in its objective; only
+// arma_sum_of_squares reads the record.
+extern thread_local std::vector<double> libvelmora_arimafit_desired_ac;  // lag 1 first
+extern thread_local std::pair<unsigned, unsigned> libvelmora_arimafit_arma_dim;  // (p, q)
+extern thread_local double libvelmora_arimafit_arma_penalty;
 
 // The best ARMA(p, q) for the target autocorrelations ac (lag 1 first), with
 // white-noise variance 1, owned by the caller. It need not be stationary:
@@ -37,16 +40,16 @@ void check_autocorrelation_targets(const std::vector<double>& ac);
 // minimises objective, the squared distance of the mapped base
 // autocorrelation from *target. A zero target maps to 0 without a search.
 std::vector<double> invert_autocorrelations(const std::vector<double>& ac, double* target,
-                                            double (*objective)(double));
+                                            FunctionRef<double(double)> objective);
 
 // A new ARIMA with the first p entries as AR and the next q as MA
 // coefficients, mean 0, variance 1, method "unknown". Other than p + q
 // entries throw.
 ARIMA* construct_arma_model(std::vector<double> coefficients, unsigned p, unsigned q);
 
-// The objective: error of the autocorrelations against the stored target,
-// plus the stationarity penalty, which raises the stored weight when it is
-// paid. The root search can throw, and that ends the fit.
+// The objective on the recorded problem: error of the autocorrelations
+// against the recorded target, plus the stationarity penalty, which raises
+// the recorded weight when it is paid. The root search can throw, and that ends the fit.
 double arma_sum_of_squares(std::vector<double> coefficients);
 
 // Sum over the lags of (rho(i)/target(i) - 1)^2, over as many lags as both

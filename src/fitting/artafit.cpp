@@ -15,9 +15,9 @@
 
 namespace velmora {
 
-double artafit_compute_ac_main_ac = 0.0;
-std::map<double, double> artafit_autocorrelation_cache;
-Dist* artafit_compute_ac_dist = nullptr;
+thread_local double artafit_compute_ac_main_ac = 0.0;
+thread_local std::map<double, double> artafit_autocorrelation_cache;
+thread_local Dist* artafit_compute_ac_dist = nullptr;
 
 namespace {
 
@@ -37,20 +37,32 @@ void checkTargets(const std::vector<double>& target) {
         if (!(r > -1 && r < 1)) throw Exception("artafit", __LINE__, "Target autocorrelations must lie in (-1, 1).");
 }
 
-// The search state of one arta_find_arma_autocorrelation: the cache is empty
-// and the marginal's transformed values are released however it ends.
-struct SearchScope {
-    explicit SearchScope(Dist* d) {
-        artafit_autocorrelation_cache.clear();
-        artafit_compute_ac_dist = d;
-        arta_process_hold_marginal(d);
+// The search of one arta_find_arma_autocorrelation, which its objective
+// carries: the marginal's transformed values are held while it runs and
+// released however it ends.
+struct Search {
+    explicit Search(Dist* d) : dist(d) { arta_process_hold_marginal(d); }
+    ~Search() { arta_process_release_marginal(); }
+    Search(const Search&) = delete;
+    Search& operator=(const Search&) = delete;
+
+    // The squared distance of the mapped rho from the target, each rho
+    // mapped once per search.
+    double distance(double rho) {
+        double v;
+        const auto hit = cache.find(rho);
+        if (hit != cache.end()) {
+            v = hit->second;
+        } else {
+            v = arta_process_compute_autocorrelations(dist, {rho})[0];
+            cache[rho] = v;
+        }
+        return std::pow(target - v, 2.0);
     }
-    ~SearchScope() {
-        arta_process_release_marginal();
-        artafit_autocorrelation_cache.clear();
-    }
-    SearchScope(const SearchScope&) = delete;
-    SearchScope& operator=(const SearchScope&) = delete;
+
+    Dist* dist;
+    double target = 0.0;
+    std::map<double, double> cache;  // keyed by the exact base autocorrelation
 };
 
 // The candidates of one fit all hold the caller's marginal. Whatever is
@@ -133,19 +145,18 @@ ARTA* ARTAFit::fit_arta_model() {
 }
 
 std::vector<double> ARTAFit::arta_find_arma_autocorrelation(std::vector<double> ac) {
-    const SearchScope scope(dist);
-    return ARIMAFit::invert_autocorrelations(ac, &artafit_compute_ac_main_ac, eval_autocorrelation);
+    Search search(dist);
+    const std::vector<double> rho = ARIMAFit::invert_autocorrelations(
+        ac, &search.target, [&search](double r) { return search.distance(r); });
+    // The record of the last search on this thread.
+    artafit_compute_ac_main_ac = search.target;
+    artafit_compute_ac_dist = dist;
+    return rho;
 }
 
 double ARTAFit::eval_autocorrelation(double rho) {
-    double v;
-    const auto hit = artafit_autocorrelation_cache.find(rho);
-    if (hit != artafit_autocorrelation_cache.end()) {
-        v = hit->second;
-    } else {
-        v = arta_process_compute_autocorrelations(artafit_compute_ac_dist, {rho})[0];
-        artafit_autocorrelation_cache[rho] = v;
-    }
+    if (artafit_compute_ac_dist == nullptr) throw Exception("artafit", __LINE__, "No marginal distribution.");
+    const double v = arta_process_compute_autocorrelations(artafit_compute_ac_dist, {rho})[0];
     return std::pow(artafit_compute_ac_main_ac - v, 2.0);
 }
 

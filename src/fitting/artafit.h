@@ -47,8 +47,9 @@ public:
     // marginal's transformed values are computed once for all searches.
     std::vector<double> arta_find_arma_autocorrelation(std::vector<double> ac);
 
-    // The objective of the search: the squared distance of the mapped rho
-    // from the current target, with each rho mapped only once per search.
+    // The objective on the recorded search: the squared distance of the
+    // mapped rho from the recorded target. The searches of a fit carry their
+    // own problem, with a cache that maps each rho once, and do not call it.
     static double eval_autocorrelation(double rho);
 
     // ARTA autocorrelations of this marginal for the base autocorrelations rho.
@@ -67,12 +68,12 @@ public:
     OrderRange qRange;
 };
 
-// The state of the running search, read by eval_autocorrelation, which takes
-// no context argument: one search at a time. The cache, keyed by the exact
-// base autocorrelation, is empty outside arta_find_arma_autocorrelation.
-extern double artafit_compute_ac_main_ac;
-extern std::map<double, double> artafit_autocorrelation_cache;
-extern Dist* artafit_compute_ac_dist;
+// The problem of the last search on this thread (its last target and its
+// marginal), read by eval_autocorrelation: a record, one per thread. The
+// cache stays empty; each search keeps its own.
+extern thread_local double artafit_compute_ac_main_ac;
+extern thread_local std::map<double, double> artafit_autocorrelation_cache;
+extern thread_local Dist* artafit_compute_ac_dist;
 
 }  // namespace velmora
 

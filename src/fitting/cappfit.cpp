@@ -23,12 +23,12 @@ namespace velmora {
 
 namespace cappfit {
 
-std::map<double, double> cappfit_autocorrelation_cache;
-double compute_ac_acph_mean = 0.0;
-double compute_ac_acph_var = 0.0;
-const cph_path_list* compute_ac_hypo_exp_path = nullptr;
-std::vector<double> compute_ac_hypo_exp_path_mean;
-double compute_ac_main_ac = 0.0;
+thread_local std::map<double, double> cappfit_autocorrelation_cache;
+thread_local double compute_ac_acph_mean = 0.0;
+thread_local double compute_ac_acph_var = 0.0;
+thread_local const cph_path_list* compute_ac_hypo_exp_path = nullptr;
+thread_local std::vector<double> compute_ac_hypo_exp_path_mean;
+thread_local double compute_ac_main_ac = 0.0;
 
 namespace {
 
@@ -60,22 +60,46 @@ std::pair<double, double> reachableRange(double mean, double var, const OwnedPat
     return {r[0], r[1]};
 }
 
-// The search state lives only for one run, and the cache is empty
-// afterwards however the run ends.
-struct SearchScope {
-    SearchScope(double mean, double var, const cph_path_list& paths, std::vector<double> pathMeans) {
-        cappfit_autocorrelation_cache.clear();
-        compute_ac_acph_mean = mean;
-        compute_ac_acph_var = var;
-        compute_ac_hypo_exp_path = &paths;
-        compute_ac_hypo_exp_path_mean = std::move(pathMeans);
+// The capp autocorrelation at base autocorrelation rho, from the cache or
+// computed and kept there.
+double mappedAutocorrelation(double mean, double var, const cph_path_list& paths,
+                             const std::vector<double>& pathMeans, std::map<double, double>& cache, double rho) {
+    const auto hit = cache.find(rho);
+    if (hit != cache.end()) return hit->second;
+    const double v = capp::compute_autocorrelation(mean, var, {rho}, paths, pathMeans)[0];
+    cache[rho] = v;
+    return v;
+}
+
+// The search of one compute_base_process_autocorrelation, which its
+// objective carries.
+struct Search {
+    double distance(double rho) {
+        return std::pow(target - mappedAutocorrelation(mean, var, paths, pathMeans, cache, rho), 2.0);
     }
-    ~SearchScope() {
+    double mean, var;
+    const cph_path_list& paths;
+    std::vector<double> pathMeans;
+    double target;
+    std::map<double, double> cache;  // each rho mapped once per search
+};
+
+// The record of a search on this thread while it runs, for
+// eval_autocorrelation; cleared however the search ends.
+struct RecordScope {
+    explicit RecordScope(const Search& s) {
+        cappfit_autocorrelation_cache.clear();
+        compute_ac_acph_mean = s.mean;
+        compute_ac_acph_var = s.var;
+        compute_ac_hypo_exp_path = &s.paths;
+        compute_ac_hypo_exp_path_mean = s.pathMeans;
+    }
+    ~RecordScope() {
         cappfit_autocorrelation_cache.clear();
         compute_ac_hypo_exp_path = nullptr;
     }
-    SearchScope(const SearchScope&) = delete;
-    SearchScope& operator=(const SearchScope&) = delete;
+    RecordScope(const RecordScope&) = delete;
+    RecordScope& operator=(const RecordScope&) = delete;
 };
 
 }  // namespace
@@ -212,22 +236,20 @@ ARIMA* fit_baseprocess(double mean, double var, const cph_path_list& paths, std:
 
 std::vector<double> compute_base_process_autocorrelation(double mean, double var, const cph_path_list& paths,
                                                          std::vector<double> pathMeans, std::vector<double> ac) {
-    const SearchScope scope(mean, var, paths, std::move(pathMeans));
-    return ARIMAFit::invert_autocorrelations(ac, &compute_ac_main_ac, eval_autocorrelation);
+    Search search{mean, var, paths, std::move(pathMeans), 0.0, {}};
+    const RecordScope record(search);
+    const std::vector<double> rho = ARIMAFit::invert_autocorrelations(
+        ac, &search.target, [&search](double r) { return search.distance(r); });
+    compute_ac_main_ac = search.target;
+    return rho;
 }
 
 double eval_autocorrelation(double rho) {
     if (compute_ac_hypo_exp_path == nullptr) throw Exception("cappfit", __LINE__, "No search is running.");
-    double v;
-    const auto hit = cappfit_autocorrelation_cache.find(rho);
-    if (hit != cappfit_autocorrelation_cache.end()) {
-        v = hit->second;
-    } else {
-        v = capp::compute_autocorrelation(compute_ac_acph_mean, compute_ac_acph_var, {rho}, *compute_ac_hypo_exp_path,
-                                          compute_ac_hypo_exp_path_mean)[0];
-        cappfit_autocorrelation_cache[rho] = v;
-    }
-    return std::pow(compute_ac_main_ac - v, 2.0);
+    return std::pow(compute_ac_main_ac - mappedAutocorrelation(compute_ac_acph_mean, compute_ac_acph_var,
+                                                               *compute_ac_hypo_exp_path, compute_ac_hypo_exp_path_mean,
+                                                               cappfit_autocorrelation_cache, rho),
+                    2.0);
 }
 
 }  // namespace cappfit

@@ -51,20 +51,22 @@ ARIMA* fit_baseprocess(double mean, double var, const cph_path_list& paths, std:
 std::vector<double> compute_base_process_autocorrelation(double mean, double var, const cph_path_list& paths,
                                                          std::vector<double> pathMeans, std::vector<double> ac);
 
-// The objective of the search: the squared distance of the capp
-// autocorrelation at base autocorrelation rho from the current target,
-// each rho mapped once per run of compute_base_process_autocorrelation.
+// The objective on the recorded search: the squared distance of the capp
+// autocorrelation at base autocorrelation rho from the recorded target, each
+// rho mapped once while the record holds. The search itself carries its
+// problem and does not call it.
 double eval_autocorrelation(double rho);
 
-// The state of the running search, read by eval_autocorrelation, which
-// takes no context argument: one search at a time. The cache is empty
-// outside compute_base_process_autocorrelation.
-extern std::map<double, double> cappfit_autocorrelation_cache;
-extern double compute_ac_acph_mean;
-extern double compute_ac_acph_var;
-extern const cph_path_list* compute_ac_hypo_exp_path;  // not owned
-extern std::vector<double> compute_ac_hypo_exp_path_mean;
-extern double compute_ac_main_ac;
+// The record of the search on this thread, read by eval_autocorrelation:
+// one per thread. The paths are set and the cache is filled only while
+// compute_base_process_autocorrelation runs; the target is that of its last
+// search afterwards.
+extern thread_local std::map<double, double> cappfit_autocorrelation_cache;
+extern thread_local double compute_ac_acph_mean;
+extern thread_local double compute_ac_acph_var;
+extern thread_local const cph_path_list* compute_ac_hypo_exp_path;  // not owned
+extern thread_local std::vector<double> compute_ac_hypo_exp_path_mean;
+extern thread_local double compute_ac_main_ac;
 
 }  // namespace cappfit
 

@@ -13,9 +13,9 @@
 
 namespace velmora {
 
-CPH* mapfit_fit_autocorrelation_cph = nullptr;
-std::vector<double> mapfit_fit_autocorrelation_weights;
-std::vector<double> mapfit_fit_autocorrelation_autocorr_trace;
+thread_local CPH* mapfit_fit_autocorrelation_cph = nullptr;
+thread_local std::vector<double> mapfit_fit_autocorrelation_weights;
+thread_local std::vector<double> mapfit_fit_autocorrelation_autocorr_trace;
 
 namespace {
 
@@ -43,35 +43,13 @@ void checkPhaseType(const Matrix& T, const Vector& tau) {
     if (!valid || std::fabs(sum - 1.0) > 1e-7) fail(__LINE__, "Invalid initial distribution tau for MAP fitting.");
 }
 
-// Resets the problem of the fit when the fit ends, however it ends.
-struct FitState {
-    FitState(const Matrix& T, const Vector& tau, std::vector<double> ac, std::vector<double> weights) {
-        mapfit_fit_autocorrelation_cph = new CPH(T, tau);
-        mapfit_fit_autocorrelation_weights = std::move(weights);
-        mapfit_fit_autocorrelation_autocorr_trace = std::move(ac);
-    }
-    ~FitState() {
-        delete mapfit_fit_autocorrelation_cph;
-        mapfit_fit_autocorrelation_cph = nullptr;
-        mapfit_fit_autocorrelation_weights.clear();
-        mapfit_fit_autocorrelation_autocorr_trace.clear();
-    }
-    FitState(const FitState&) = delete;
-    FitState& operator=(const FitState&) = delete;
-};
-
-}  // namespace
-
-double mapfit_fit_autocorrelation_goal_function(std::vector<double> x) {
-    if (mapfit_fit_autocorrelation_cph == nullptr) fail(__LINE__, "No MAP fit in progress.");
-    const Matrix T = mapfit_fit_autocorrelation_cph->getT();
-    const Vector tau = mapfit_fit_autocorrelation_cph->getTau();
+// The goal on the problem (T, tau, target, weights): the weighted distances
+// of the autocorrelations of (T, D1) from the targets plus the L1 penalties.
+double goalValue(const Matrix& T, const Vector& tau, const std::vector<double>& target,
+                 const std::vector<double>& weights, const std::vector<double>& x) {
     const unsigned n = static_cast<unsigned>(std::sqrt(static_cast<double>(x.size())));
     if (n != T.getNumberRows() || static_cast<std::size_t>(n) * n != x.size())
         fail(__LINE__, "Invalid number of variables for MAP fitting.");
-    const std::vector<double>& target = mapfit_fit_autocorrelation_autocorr_trace;
-    const std::vector<double>& weights = mapfit_fit_autocorrelation_weights;
-
     Matrix D1(n, n);
     for (unsigned i = 0; i < n; ++i)
         for (unsigned j = 0; j < n; ++j) D1[i][j] = x[i * n + j];
@@ -104,6 +82,32 @@ double mapfit_fit_autocorrelation_goal_function(std::vector<double> x) {
     return value + penaltyWeight * negative + penaltyWeight * rows + penaltyWeight * stationary;
 }
 
+// The record of the fit on this thread while it runs, for the goal function;
+// reset when the fit ends, however it ends.
+struct FitState {
+    FitState(const Matrix& T, const Vector& tau, std::vector<double> ac, std::vector<double> weights) {
+        mapfit_fit_autocorrelation_cph = new CPH(T, tau);
+        mapfit_fit_autocorrelation_weights = std::move(weights);
+        mapfit_fit_autocorrelation_autocorr_trace = std::move(ac);
+    }
+    ~FitState() {
+        delete mapfit_fit_autocorrelation_cph;
+        mapfit_fit_autocorrelation_cph = nullptr;
+        mapfit_fit_autocorrelation_weights.clear();
+        mapfit_fit_autocorrelation_autocorr_trace.clear();
+    }
+    FitState(const FitState&) = delete;
+    FitState& operator=(const FitState&) = delete;
+};
+
+}  // namespace
+
+double mapfit_fit_autocorrelation_goal_function(std::vector<double> x) {
+    if (mapfit_fit_autocorrelation_cph == nullptr) fail(__LINE__, "No MAP fit in progress.");
+    return goalValue(mapfit_fit_autocorrelation_cph->getT(), mapfit_fit_autocorrelation_cph->getTau(),
+                     mapfit_fit_autocorrelation_autocorr_trace, mapfit_fit_autocorrelation_weights, x);
+}
+
 namespace mapfit {
 
 map_markovian_rep mapfit_fit_autocorrelation(Matrix T, Vector tau, std::vector<double> autocorrelations) {
@@ -129,10 +133,15 @@ map_markovian_rep mapfit_fit_autocorrelation(Matrix T, Vector tau, std::vector<d
     std::vector<double> x(static_cast<std::size_t>(n) * n, 0.0);
     {
         FitState state(T, tau, autocorrelations, weights);
+        // The goal reads the problem as the CPH holds it, like the record.
+        const Matrix goalT = mapfit_fit_autocorrelation_cph->getT();
+        const Vector goalTau = mapfit_fit_autocorrelation_cph->getTau();
         double minimum = 0.0;
         int failure = 0, evaluations = 0;
-        nmmin(*P, &x, &minimum, mapfit_fit_autocorrelation_goal_function, &failure, -1e17, 1e-17, 1.0, 0.5, 2.0,
-              &evaluations, 10000);
+        nmmin(
+            *P, &x, &minimum,
+            [&](std::vector<double> v) { return goalValue(goalT, goalTau, autocorrelations, weights, v); },
+            &failure, -1e17, 1e-17, 1.0, 0.5, 2.0, &evaluations, 10000);
     }
 
     Matrix D1(n, n);

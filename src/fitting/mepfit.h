@@ -19,12 +19,13 @@ namespace velmora {
 
 class CPH;
 
-// The problem of the running fit, read by the goal function, which takes no
-// context argument; so one fit runs at a time. Set by a fit and reset after
-// it, also when it fails: null and empty between fits.
-extern CPH* mapfit_fit_autocorrelation_cph;  // the target (T, tau)
-extern std::vector<double> mapfit_fit_autocorrelation_weights;  // per lag
-extern std::vector<double> mapfit_fit_autocorrelation_autocorr_trace;  // lag 1 first
+// The problem of the fit running on this thread, read by the goal function
+// below: a record, one per thread. Set by a fit and reset after it, also
+// when it fails: null and empty between fits. The fit's own search carries
+// its problem and does not read it.
+extern thread_local CPH* mapfit_fit_autocorrelation_cph;  // the target (T, tau)
+extern thread_local std::vector<double> mapfit_fit_autocorrelation_weights;  // per lag
+extern thread_local std::vector<double> mapfit_fit_autocorrelation_autocorr_trace;  // lag 1 first
 
 // The goal for D1[i][j] = x[i n + j]: sum over the lags of weight times
 // |rho(k) - target|, with rho(k) computed as if tau were the embedded

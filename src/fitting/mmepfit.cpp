@@ -15,8 +15,8 @@ namespace velmora {
 
 namespace mmapfit {
 
-std::vector<Matrix> mmep_to_mmap_nm_goalfunc_mmep;
-double mmep_to_mmap_nm_goalfunc_r = 10.0;
+thread_local std::vector<Matrix> mmep_to_mmap_nm_goalfunc_mmep;
+thread_local double mmep_to_mmap_nm_goalfunc_r = 10.0;
 
 namespace {
 
@@ -54,6 +54,26 @@ std::vector<Matrix> processMatrices(const std::vector<Matrix>& mmep, std::size_t
 
 void checkFinite(double value) {
     if (!std::isfinite(value)) fail(__LINE__, "Moments for MMAP fitting must be finite.");
+}
+
+// The goal on the list H, A, B, J_k with penalty factor r.
+double goalValue(const std::vector<Matrix>& mmep, double r, const std::vector<double>& x) {
+    if (mmep.size() < 3) fail(__LINE__, "No MMAP fit in progress.");
+    const unsigned n = mmep[0].getNumberRows();
+    if (x.size() != static_cast<std::size_t>(n) * (n - 1))
+        fail(__LINE__, "Invalid number of variables for MMAP fitting.");
+    const std::vector<Matrix> D = processMatrices(mmep, mmep.size() - 3, matrixQ(x, n));
+    double negative = 0.0;
+    for (unsigned i = 0; i < n; ++i)
+        for (unsigned j = 0; j < n; ++j)
+            if (i != j && D[0][i][j] < 0) negative += -D[0][i][j];
+    for (std::size_t k = 1; k < D.size(); ++k)
+        for (unsigned i = 0; i < D[k].getNumberRows(); ++i)
+            for (double value : D[k][i])
+                if (value < 0) negative += -value;
+    // A valid point is worth 0 whatever the factor: after some thirty fits
+    // the factor overflows to infinity, and infinity times 0 would be NaN.
+    return negative == 0 ? 0.0 : r * negative;
 }
 
 }  // namespace
@@ -209,12 +229,16 @@ MMAP* mmep_to_mmap_nm(std::vector<Matrix> mmep) {
     std::vector<double> x(v, 0.0);
     double minimum = 0.0;
     int failed = 0, fncount = 0;
-    nmmin(P, &x, &minimum, mmep_to_mmap_nm_goalfunc, &failed, -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
+    // The penalty factor lives on from fit to fit on this thread.
+    double& r = mmep_to_mmap_nm_goalfunc_r;
+    const std::vector<Matrix> problem = mmep;
+    const auto goal = [&problem, &r](std::vector<double> point) { return goalValue(problem, r, point); };
+    nmmin(P, &x, &minimum, goal, &failed, -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
     Matrix Q = matrixQ(x, n);
 
     mmep.push_back(Q);
     for (int round = 0; round <= 10; ++round) {
-        mmep_to_mmap_nm_goalfunc_r *= 10.0;
+        r *= 10.0;
         mmep.back() = Q;
         if (valid_mmap(mmep)) break;
         // Restart around the last result, each vertex 0.9 / v further along
@@ -223,7 +247,7 @@ MMAP* mmep_to_mmap_nm(std::vector<Matrix> mmep) {
             for (unsigned i = 0; i < v; ++i) P[i][j] = x[i];
             if (j < v) P[j][j] += 0.9 / v;
         }
-        nmmin(P, &x, &minimum, mmep_to_mmap_nm_goalfunc, &failed, -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
+        nmmin(P, &x, &minimum, goal, &failed, -1e17, 1e-17, 1.0, 0.5, 2.0, &fncount, 10000);
         Q = matrixQ(x, n);
     }
     mmep.pop_back();
@@ -231,23 +255,7 @@ MMAP* mmep_to_mmap_nm(std::vector<Matrix> mmep) {
 }
 
 double mmep_to_mmap_nm_goalfunc(std::vector<double> x) {
-    const std::vector<Matrix>& mmep = mmep_to_mmap_nm_goalfunc_mmep;
-    if (mmep.size() < 3) fail(__LINE__, "No MMAP fit in progress.");
-    const unsigned n = mmep[0].getNumberRows();
-    if (x.size() != static_cast<std::size_t>(n) * (n - 1))
-        fail(__LINE__, "Invalid number of variables for MMAP fitting.");
-    const std::vector<Matrix> D = processMatrices(mmep, mmep.size() - 3, matrixQ(x, n));
-    double negative = 0.0;
-    for (unsigned i = 0; i < n; ++i)
-        for (unsigned j = 0; j < n; ++j)
-            if (i != j && D[0][i][j] < 0) negative += -D[0][i][j];
-    for (std::size_t k = 1; k < D.size(); ++k)
-        for (unsigned i = 0; i < D[k].getNumberRows(); ++i)
-            for (double value : D[k][i])
-                if (value < 0) negative += -value;
-    // A valid point is worth 0 whatever the factor: after some thirty fits
-    // the factor overflows to infinity, and infinity times 0 would be NaN.
-    return negative == 0 ? 0.0 : mmep_to_mmap_nm_goalfunc_r * negative;
+    return goalValue(mmep_to_mmap_nm_goalfunc_mmep, mmep_to_mmap_nm_goalfunc_r, x);
 }
 
 }  // namespace mmapfit

@@ -35,10 +35,12 @@ class MMAP;
 
 namespace mmapfit {
 
-// H, A, B and the J_k of the running fit (kept after it ends).
-extern std::vector<Matrix> mmep_to_mmap_nm_goalfunc_mmep;
-// The penalty factor of the goal function; 10.0 at program start.
-extern double mmep_to_mmap_nm_goalfunc_r;
+// H, A, B and the J_k of the last fit on this thread (kept after it ends),
+// read by mmep_to_mmap_nm_goalfunc: a record, one per thread.
+extern thread_local std::vector<Matrix> mmep_to_mmap_nm_goalfunc_mmep;
+// The penalty factor of the goal function, 10.0 when a thread starts; it
+// grows from fit to fit on that thread.
+extern thread_local double mmep_to_mmap_nm_goalfunc_r;
 
 // The MMAP of order `order` >= 1 (created by new, owned by the caller) from
 // the moments of orders 0 ... 2 order - 1 and the joint moments of orders

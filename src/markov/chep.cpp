@@ -22,11 +22,11 @@
 
 namespace velmora {
 
-HyperErlang* chep_compute_autocorrelation_double_integral_dist = nullptr;
-double chep_compute_autocorrelation_double_integral_acorr = 0.0;
-unsigned chep_compute_autocorrelation_double_integral_branch1 = 0;
-unsigned chep_compute_autocorrelation_double_integral_branch2 = 0;
-double chep_compute_autocorrelation_double_integral_val = 0.0;
+thread_local HyperErlang* chep_compute_autocorrelation_double_integral_dist = nullptr;
+thread_local double chep_compute_autocorrelation_double_integral_acorr = 0.0;
+thread_local unsigned chep_compute_autocorrelation_double_integral_branch1 = 0;
+thread_local unsigned chep_compute_autocorrelation_double_integral_branch2 = 0;
+thread_local double chep_compute_autocorrelation_double_integral_val = 0.0;
 
 namespace {
 
@@ -38,11 +38,7 @@ double branchTransform(double z, unsigned phases, double rate) {
     return Erlang::erlang_inverse_cdf(as::alnorm(z, false), phases, rate);
 }
 
-// The phases and rates of the two stored branches, read once per integral
-// instead of once per integrand call.
-unsigned directPhases1 = 1, directPhases2 = 1;
-double directRate1 = 1.0, directRate2 = 1.0;
-
+// Branches i and j, each transform computed anew; the problem goes to the record.
 double directIntegral(HyperErlang* h, double rho, unsigned i, unsigned j) {
     chep_compute_autocorrelation_double_integral_dist = h;
     chep_compute_autocorrelation_double_integral_acorr = rho;
@@ -50,11 +46,10 @@ double directIntegral(HyperErlang* h, double rho, unsigned i, unsigned j) {
     chep_compute_autocorrelation_double_integral_branch2 = j;
     const std::vector<unsigned> phases = h->getPhases();
     const std::vector<double> rates = h->getRates();
-    directPhases1 = phases[i];
-    directRate1 = rates[i];
-    directPhases2 = phases[j];
-    directRate2 = rates[j];
-    return RombergIteration(-10.0, 10.0, chep_compute_autocorrelation_outer_integral, std::vector<double>(), 0.0001);
+    const unsigned phases1 = phases[i], phases2 = phases[j];
+    const double rate1 = rates[i], rate2 = rates[j];
+    return normal_double_integral([=](double y) { return branchTransform(y, phases1, rate1); },
+                                  [=](double x) { return branchTransform(x, phases2, rate2); }, rho);
 }
 
 // One branch's E^-1(Phi(z)), kept per grid node once computed.
@@ -102,7 +97,12 @@ std::vector<double> type2Autocorrelation(HyperErlang* h, const std::vector<doubl
 }  // namespace
 
 double chep_compute_autocorrelation_double_integral(double a, double b) {
-    return branchTransform(a, directPhases1, directRate1) * branchTransform(b, directPhases2, directRate2) *
+    HyperErlang* h = chep_compute_autocorrelation_double_integral_dist;
+    if (h == nullptr) throw Exception("chep", __LINE__, "No hyper-Erlang distribution.");
+    const unsigned i = chep_compute_autocorrelation_double_integral_branch1;
+    const unsigned j = chep_compute_autocorrelation_double_integral_branch2;
+    return branchTransform(a, h->getPhases().at(i), h->getRates().at(i)) *
+           branchTransform(b, h->getPhases().at(j), h->getRates().at(j)) *
            Normal::standard_bivariate_normal_pdf(a, b, chep_compute_autocorrelation_double_integral_acorr);
 }
 

@@ -89,13 +89,14 @@ double chep_compute_autocorrelation_outer_integral(double x, std::vector<double>
 double chep_compute_autocorrelation_inner_integral(double y, std::vector<double> params);
 double chep_compute_autocorrelation_double_integral(double a, double b);
 
-// The integration state, one for the whole program: only one type-2
-// integral can run at a time.
-extern HyperErlang* chep_compute_autocorrelation_double_integral_dist;
-extern double chep_compute_autocorrelation_double_integral_acorr;
-extern unsigned chep_compute_autocorrelation_double_integral_branch1;
-extern unsigned chep_compute_autocorrelation_double_integral_branch2;
-extern double chep_compute_autocorrelation_double_integral_val;
+// The problem of the last straightforward type-2 integral on this thread,
+// read by the integrands above: a record, one per thread. The integrals
+// themselves carry their problem and never read it.
+extern thread_local HyperErlang* chep_compute_autocorrelation_double_integral_dist;
+extern thread_local double chep_compute_autocorrelation_double_integral_acorr;
+extern thread_local unsigned chep_compute_autocorrelation_double_integral_branch1;
+extern thread_local unsigned chep_compute_autocorrelation_double_integral_branch2;
+extern thread_local double chep_compute_autocorrelation_double_integral_val;
 
 }  // namespace velmora
 

@@ -98,7 +98,8 @@ double arta_process_compute_autocorrelation_joint_moments(Dist* d, double rho, u
 // Keeps the transformed values of d on the grid across the computations
 // above, until released, instead of computing them again for every call: a
 // fitter that maps many correlations through one marginal holds it for the
-// fit. d must not change while it is held. Holding another marginal or
+// fit. d must not change while it is held. The hold belongs to the calling
+// thread and serves its computations only. Holding another marginal or
 // releasing drops the values; computations for other marginals in between
 // are correct, and the held values are computed again after them.
 void arta_process_hold_marginal(Dist* d);
@@ -117,13 +118,14 @@ double arta_process_compute_autocorrelation_inner_integral(double y, std::vector
 // exponents and correlation.
 double arta_process_compute_autocorrelation_double_integral(double a, double b);
 
-// The integration state, one for the whole program: the integrands take no
-// context argument, so only one joint moment can be computed at a time.
-extern Dist* arta_process_compute_autocorrelation_double_integral_dist;
-extern double arta_process_compute_autocorrelation_double_integral_acorr;
-extern double arta_process_compute_autocorrelation_double_integral_val;
-extern unsigned arta_process_compute_joint_moments_k;
-extern unsigned arta_process_compute_joint_moments_l;
+// The problem of the last joint moment computed on this thread, which the
+// integrands above read: a record, one per thread. The computations
+// themselves carry their problem with them and never read it.
+extern thread_local Dist* arta_process_compute_autocorrelation_double_integral_dist;
+extern thread_local double arta_process_compute_autocorrelation_double_integral_acorr;
+extern thread_local double arta_process_compute_autocorrelation_double_integral_val;
+extern thread_local unsigned arta_process_compute_joint_moments_k;
+extern thread_local unsigned arta_process_compute_joint_moments_l;
 
 }  // namespace velmora
 

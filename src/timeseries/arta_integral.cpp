@@ -25,11 +25,11 @@
 
 namespace velmora {
 
-Dist* arta_process_compute_autocorrelation_double_integral_dist = nullptr;
-double arta_process_compute_autocorrelation_double_integral_acorr = 0.0;
-double arta_process_compute_autocorrelation_double_integral_val = 0.0;
-unsigned arta_process_compute_joint_moments_k = 1;
-unsigned arta_process_compute_joint_moments_l = 1;
+thread_local Dist* arta_process_compute_autocorrelation_double_integral_dist = nullptr;
+thread_local double arta_process_compute_autocorrelation_double_integral_acorr = 0.0;
+thread_local double arta_process_compute_autocorrelation_double_integral_val = 0.0;
+thread_local unsigned arta_process_compute_joint_moments_k = 1;
+thread_local unsigned arta_process_compute_joint_moments_l = 1;
 
 namespace {
 
@@ -42,7 +42,8 @@ const unsigned gridIntervals = normal_grid_intervals;
 // Per-node values of the cached form. An entry is valid when its stamp
 // equals the current epoch: the epoch of the transformed values changes with
 // the marginal, that of the powers with every joint moment (k and l may
-// change), so nothing has to be cleared between computations.
+// change), so nothing has to be cleared between computations. Each thread
+// has its own table and its own held marginal.
 struct TransformCache {
     std::vector<double> value;   // F^-1(Phi(z))
     std::vector<double> powerK;  // value^k
@@ -54,7 +55,7 @@ struct TransformCache {
     Dist* heldMarginal = nullptr;   // kept across computations while held
 };
 
-TransformCache arta_process_transform_cache;
+thread_local TransformCache arta_process_transform_cache;
 
 void ensureCacheStorage() {
     TransformCache& c = arta_process_transform_cache;
@@ -91,20 +92,18 @@ void beginExponents() {
     nextEpoch(&c.powerEpoch, &c.powerKStamp, &c.powerLStamp);
 }
 
-inline double transformed(double z) {
-    return arta_process_compute_autocorrelation_double_integral_dist->evalInverseCDF(as::alnorm(z, false));
-}
+inline double transformed(Dist* d, double z) { return d->evalInverseCDF(as::alnorm(z, false)); }
 
 // transformed(z)^exponent, kept per grid node in one of the power tables.
 class PowerFactor : public NormalGridFactor {
 public:
-    PowerFactor(std::vector<double>& power, std::vector<unsigned>& powerStamp) : power(power), powerStamp(powerStamp) {}
-    void setExponent(double e) { exponent = e; }
+    PowerFactor(TransformCache& c, Dist* d, std::vector<double>& power, std::vector<unsigned>& powerStamp,
+                double exponent)
+        : c(c), d(d), power(power), powerStamp(powerStamp), exponent(exponent) {}
     double atNode(unsigned j, double z) override {
-        TransformCache& c = arta_process_transform_cache;
         if (powerStamp[j] != c.powerEpoch) {
             if (c.valueStamp[j] != c.valueEpoch) {
-                c.value[j] = transformed(z);
+                c.value[j] = transformed(d, z);
                 c.valueStamp[j] = c.valueEpoch;
             }
             power[j] = std::pow(c.value[j], exponent);
@@ -112,16 +111,15 @@ public:
         }
         return power[j];
     }
-    double offGrid(double z) override { return std::pow(transformed(z), exponent); }
+    double offGrid(double z) override { return std::pow(transformed(d, z), exponent); }
 
 private:
+    TransformCache& c;
+    Dist* d;
     std::vector<double>& power;
     std::vector<unsigned>& powerStamp;
-    double exponent = 1.0;
+    double exponent;
 };
-
-PowerFactor arta_process_power_k(arta_process_transform_cache.powerK, arta_process_transform_cache.powerKStamp);
-PowerFactor arta_process_power_l(arta_process_transform_cache.powerL, arta_process_transform_cache.powerLStamp);
 
 void storeState(Dist* d, double rho, unsigned k, unsigned l) {
     if (d == nullptr) throw Exception("arta", __LINE__, "No marginal distribution.");
@@ -136,9 +134,10 @@ void storeState(Dist* d, double rho, unsigned k, unsigned l) {
 double jointMomentsCached(Dist* d, double rho, unsigned k, unsigned l) {
     storeState(d, rho, k, l);
     beginExponents();
-    arta_process_power_k.setExponent(static_cast<double>(k));
-    arta_process_power_l.setExponent(static_cast<double>(l));
-    return normal_grid_double_integral(arta_process_power_k, arta_process_power_l, rho);
+    TransformCache& c = arta_process_transform_cache;
+    PowerFactor powerK(c, d, c.powerK, c.powerKStamp, static_cast<double>(k));
+    PowerFactor powerL(c, d, c.powerL, c.powerLStamp, static_cast<double>(l));
+    return normal_grid_double_integral(powerK, powerL, rho);
 }
 
 }  // namespace
@@ -146,7 +145,8 @@ double jointMomentsCached(Dist* d, double rho, unsigned k, unsigned l) {
 double arta_process_compute_autocorrelation_double_integral(double a, double b) {
     const double k = static_cast<double>(arta_process_compute_joint_moments_k);
     const double l = static_cast<double>(arta_process_compute_joint_moments_l);
-    return std::pow(transformed(a), k) * std::pow(transformed(b), l) *
+    Dist* d = arta_process_compute_autocorrelation_double_integral_dist;
+    return std::pow(transformed(d, a), k) * std::pow(transformed(d, b), l) *
            Normal::standard_bivariate_normal_pdf(a, b, arta_process_compute_autocorrelation_double_integral_acorr);
 }
 
@@ -163,8 +163,9 @@ double arta_process_compute_autocorrelation_outer_integral(double x, std::vector
 
 double arta_process_compute_autocorrelation_joint_moments_direct(Dist* d, double rho, unsigned k, unsigned l) {
     storeState(d, rho, k, l);
-    return RombergIteration(integralLower, integralUpper, arta_process_compute_autocorrelation_outer_integral,
-                            std::vector<double>(), integralTolerance);
+    const double kk = static_cast<double>(k), ll = static_cast<double>(l);
+    return normal_double_integral([d, kk](double y) { return std::pow(transformed(d, y), kk); },
+                                  [d, ll](double x) { return std::pow(transformed(d, x), ll); }, rho);
 }
 
 double arta_process_compute_autocorrelation_joint_moments(Dist* d, double rho, unsigned k, unsigned l) {

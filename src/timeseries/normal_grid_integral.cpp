@@ -1,10 +1,6 @@
 #include "timeseries/normal_grid_integral.h"
 
 #include <cmath>
-#include <vector>
-
-#include "distributions/dist_normal.h"
-#include "numerics/misc_numerical.h"
 
 namespace velmora {
 
@@ -12,25 +8,7 @@ namespace {
 
 const double integralLower = -10.0;
 const double integralUpper = 10.0;
-const double integralTolerance = 0.0001;
 const double gridStep = (integralUpper - integralLower) / normal_grid_intervals;
-
-// The state of the running computation.
-NormalGridFactor* gridInner = nullptr;
-NormalGridFactor* gridOuter = nullptr;
-double gridRho = 0.0;
-double gridX = 0.0;
-double gridOuterValue = 0.0;  // g(x) at the current outer value
-
-double innerIntegrand(double y, std::vector<double>) {
-    return (*gridInner)(y) * gridOuterValue * Normal::standard_bivariate_normal_pdf(y, gridX, gridRho);
-}
-
-double outerIntegrand(double x, std::vector<double> params) {
-    gridX = x;
-    gridOuterValue = (*gridOuter)(x);
-    return RombergIteration(integralLower, integralUpper, innerIntegrand, params, integralTolerance);
-}
 
 }  // namespace
 
@@ -44,10 +22,8 @@ bool normal_grid_node(double z, unsigned* node) {
 }
 
 double normal_grid_double_integral(NormalGridFactor& inner, NormalGridFactor& outer, double rho) {
-    gridInner = &inner;
-    gridOuter = &outer;
-    gridRho = rho;
-    return RombergIteration(integralLower, integralUpper, outerIntegrand, std::vector<double>(), integralTolerance);
+    return normal_double_integral([&inner](double y) { return inner(y); }, [&outer](double x) { return outer(x); },
+                                  rho);
 }
 
 }  // namespace velmora

@@ -13,12 +13,34 @@
 // f(y) * g(x) * phi2(y, x; rho), in this order, so that it equals the
 // straightforward nested evaluation bit for bit.
 //
-// Not reentrant: the integrands take no context argument, and the factors
-// and the outer value of the running computation are held at file scope.
+// The integration keeps no state outside its call, so integrals run side by
+// side on several threads.
 #ifndef VELMORA_TIMESERIES_NORMAL_GRID_INTEGRAL_H
 #define VELMORA_TIMESERIES_NORMAL_GRID_INTEGRAL_H
 
+#include "distributions/dist_normal.h"
+#include "numerics/misc_numerical.h"
+
 namespace velmora {
+
+// E[f(Y) g(X)] as above for any callables f and g of one double: g(x) is
+// evaluated once per outer point, before the inner integral over y, and the
+// integrand is f(y) * g(x) * phi2(y, x; rho) in this order. ARTA and CHEP
+// integrate their transformed normal values through this one function, on
+// the grid or directly.
+template <class F, class G>
+double normal_double_integral(F&& f, G&& g, double rho) {
+    const double lower = -10.0, upper = 10.0, tolerance = 0.0001;
+    return RombergIteration(
+        lower, upper,
+        [&](double x) {
+            const double gx = g(x);
+            return RombergIteration(
+                lower, upper, [&](double y) { return f(y) * gx * Normal::standard_bivariate_normal_pdf(y, x, rho); },
+                tolerance);
+        },
+        tolerance);
+}
 
 // The number of intervals of the finest grid; nodes are 0..this.
 constexpr unsigned normal_grid_intervals = 1u << 15;
