@@ -2,6 +2,7 @@
 # Builds velmora, sylvar and sylvar-fit, then runs the example model or the test suite.
 #   bash build.sh example   generate a trace from examples/map.xml and print the summaries
 #   bash build.sh test      build with warnings as errors and run every test
+#   bash build.sh tsan      build the fitting tests under ThreadSanitizer and run the concurrent fits
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -38,8 +39,17 @@ sanitize)
     cmake --build build-sanitize -j "$jobs"
     ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
     ;;
+tsan)
+    # Only the fitting tests are built: the fits that run side by side on
+    # threads, watched by ThreadSanitizer.
+    cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_WERROR=ON \
+        -DVELMORA_TSAN=ON >/dev/null
+    cmake --build build-tsan --target test_fitting -j "$jobs"
+    TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+        ctest --test-dir build-tsan --output-on-failure -R '^ConcurrentFits\.'
+    ;;
 *)
-    echo "usage: bash build.sh [example|test|sanitize]" >&2
+    echo "usage: bash build.sh [example|test|sanitize|tsan]" >&2
     exit 2
     ;;
 esac

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "config/conf.h"
+#include "core/libvelmora_settings.h"
 #include "core/process.h"
 #include "fitting/tracefit.h"
 #include "traces/trace.h"
@@ -33,16 +34,13 @@ std::vector<double> valuesOf(Trace& t) {
     return v;
 }
 
+// The fitters' progress lines are dropped while they run.
 class Silence {
 public:
-    Silence() : saved(std::cout.rdbuf(nullptr)) {}
-    ~Silence() {
-        std::cout.rdbuf(saved);
-        std::cout.clear();
-    }
-
-private:
-    std::streambuf* saved;
+    Silence() { set_message_sink([](MessageKind, const std::string&) {}); }
+    ~Silence() { set_message_sink(nullptr); }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
 };
 
 void fitStages(benchmark::State& state, const std::string& example, tracefit_model model, bool marginalOnly) {

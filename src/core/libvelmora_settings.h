@@ -1,8 +1,10 @@
 // The library's one exception type, its message functions and its name.
-// Messages go to standard output only, each as one line, flushed at once.
+// Progress, warnings and debug text go through one settable sink; the
+// default writes each message and a line end to standard output and flushes.
 #ifndef VELMORA_CORE_LIBVELMORA_SETTINGS_H
 #define VELMORA_CORE_LIBVELMORA_SETTINGS_H
 
+#include <functional>
 #include <string>
 
 namespace velmora {
@@ -21,6 +23,21 @@ public:
     int line;
     std::string file;
 };
+
+enum class MessageKind { Warning, Info, Debug };
+
+// A handler of the library's messages: the kind and the full text as the
+// default prints it ("Warning: ...", "DEBUG: ..."), without the line end; a
+// text may span several lines. It may be called from several threads at
+// once, one message at a time.
+typedef std::function<void(MessageKind, const std::string&)> MessageSink;
+
+// Installs the handler of every message from now on; an empty one restores
+// the default. Programs and bindings choose where messages go.
+void set_message_sink(MessageSink sink);
+
+// Hands text to the sink as it is.
+void libvelmora_message(MessageKind kind, const std::string& text);
 
 void libvelmora_warning(std::string message);
 void libvelmora_warning(std::string file, int line, std::string message);

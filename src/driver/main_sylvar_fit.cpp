@@ -17,7 +17,6 @@
 #include <memory>
 #include <new>
 #include <sstream>
-#include <streambuf>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -150,67 +149,24 @@ Options parseArguments(int argc, char** argv) {
     return o;
 }
 
-// Standard output of the library (the fitters' progress, warnings and debug
-// lines) goes on to standard error, indented, while a stage runs. Each of
-// the library's messages ends with a flush, so a debug message of several
-// lines is recognised as a whole by its first word; debug messages pass only
-// when asked for, and nothing passes in quiet mode.
-class ProgressBuffer : public std::streambuf {
-public:
-    ProgressBuffer(std::streambuf* target, bool quiet, bool debug) : target(target), quiet(quiet), debug(debug) {}
-    ~ProgressBuffer() override { emit(); }
-
-protected:
-    int overflow(int c) override {
-        if (c != traits_type::eof()) pending.push_back(static_cast<char>(c));
-        return traits_type::not_eof(c);
-    }
-    std::streamsize xsputn(const char* s, std::streamsize n) override {
-        pending.append(s, static_cast<std::size_t>(n));
-        return n;
-    }
-    int sync() override {
-        emit();
-        return target->pubsync();
-    }
-
-private:
-    void emit() {
-        const bool isDebug = pending.compare(0, 5, "DEBUG") == 0;
-        if (!quiet && (debug || !isDebug)) {
-            std::istringstream in(pending);
-            std::string line;
-            while (std::getline(in, line)) {
-                if (line.empty()) continue;
-                target->sputn("  ", 2);
-                target->sputn(line.data(), static_cast<std::streamsize>(line.size()));
-                target->sputc('\n');
-            }
-        }
-        pending.clear();
-    }
-    std::streambuf* target;
-    bool quiet;
-    bool debug;
-    std::string pending;
-};
-
-// Points std::cout at a ProgressBuffer for its lifetime.
+// The library's messages (the fitters' progress, warnings and debug lines)
+// go to standard error, indented, while a stage runs; debug messages only
+// when asked for, and nothing in quiet mode.
 class ProgressRedirect {
 public:
-    ProgressRedirect(bool quiet, bool debug) : buffer(std::cerr.rdbuf(), quiet, debug) {
-        saved = std::cout.rdbuf(&buffer);
+    ProgressRedirect(bool quiet, bool debug) {
+        set_message_sink([quiet, debug](MessageKind kind, const std::string& text) {
+            if (quiet || (kind == MessageKind::Debug && !debug)) return;
+            std::istringstream in(text);
+            std::string line;
+            while (std::getline(in, line))
+                if (!line.empty()) std::cerr << "  " << line << '\n';
+            std::cerr.flush();
+        });
     }
-    ~ProgressRedirect() {
-        std::cout.flush();
-        std::cout.rdbuf(saved);
-    }
+    ~ProgressRedirect() { set_message_sink(nullptr); }
     ProgressRedirect(const ProgressRedirect&) = delete;
     ProgressRedirect& operator=(const ProgressRedirect&) = delete;
-
-private:
-    ProgressBuffer buffer;
-    std::streambuf* saved;
 };
 
 class Stages {

@@ -4,8 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <memory>
+#include <sstream>
+#include <string>
 #include <utility>
 
 #include "core/libvelmora_settings.h"
@@ -48,9 +49,11 @@ std::vector<double> traceTargets(Trace* t, unsigned lags) {
 }
 
 void printRange(const char* family, std::pair<double, double> range, double acMin, double acMax) {
-    std::cout << "possible autocorrelation for " << family << ": [" << range.first << ", " << range.second << "]"
-              << std::endl;
-    std::cout << "desired autocorrelation: [" << acMin << ", " << acMax << "]" << std::endl;
+    std::ostringstream possible, desired;
+    possible << "possible autocorrelation for " << family << ": [" << range.first << ", " << range.second << "]";
+    libvelmora_infomsg(possible.str());
+    desired << "desired autocorrelation: [" << acMin << ", " << acMax << "]";
+    libvelmora_infomsg(desired.str());
 }
 
 // The autocorrelations at base autocorrelations -1 and 1: the ends of the
@@ -197,15 +200,15 @@ capp* fit_capp(CPH* c, std::vector<double> ac, unsigned pMin, unsigned pMax, uns
 ARIMA* fit_baseprocess(double mean, double var, const cph_path_list& paths, std::vector<double> pathMeans,
                        std::vector<double> ac, unsigned pMin, unsigned pMax, unsigned qMin, unsigned qMax) {
     if (pMin > pMax || qMin > qMax) throw Exception("cappfit", __LINE__, "Invalid range of ARMA orders.");
-    std::cout << "Compute base process autocorrelation..." << std::endl;
+    libvelmora_infomsg("Compute base process autocorrelation...");
     const std::vector<double> rho = compute_base_process_autocorrelation(mean, var, paths, std::move(pathMeans), ac);
-    std::cout << "Fit ARMA model..." << std::endl;
+    libvelmora_infomsg("Fit ARMA model...");
 
     std::vector<std::unique_ptr<ARIMA>> candidates;
     // Written so that a range ending at the largest unsigned can't wrap.
     for (unsigned p = pMin;; ++p) {
         for (unsigned q = qMin;; ++q) {
-            std::cout << "ARMA(" << p << "," << q << ")..." << std::endl;
+            libvelmora_infomsg("ARMA(" + std::to_string(p) + "," + std::to_string(q) + ")...");
             try {
                 candidates.emplace_back(ARIMAFit::fit_arma_model(rho, p, q));
             } catch (Exception&) {

@@ -5,8 +5,8 @@
 // rewriting the marginal into equivalent chains with more paths; then each
 // target is mapped back through the capp correlation mapping by a golden
 // section search, and the stationary ARMA base process of the requested
-// orders with the smallest relative error wins. Progress goes to standard
-// output.
+// orders with the smallest relative error wins. Progress goes to the
+// library's message sink.
 #ifndef VELMORA_FITTING_CAPPFIT_H
 #define VELMORA_FITTING_CAPPFIT_H
 

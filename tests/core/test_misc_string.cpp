@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
@@ -23,6 +26,23 @@ TEST(Messages, WriteTheirLayoutsToStandardOutput) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Warning: w\nWarning in dist, line 3: x\nplain\nDEBUG: d\nDEBUG (maps, line 9): y\n");
     EXPECT_EQ(libVelmora_name_full(), "libVelmora 0.11.3.3");
+}
+
+TEST(Messages, GoToTheInstalledSinkWithTheirKindUntilTheDefaultIsRestored) {
+    std::vector<std::pair<MessageKind, std::string>> got;
+    set_message_sink([&got](MessageKind kind, const std::string& text) { got.emplace_back(kind, text); });
+    testing::internal::CaptureStdout();
+    libvelmora_warning("dist", 3, "x");
+    libvelmora_infomsg("two\nlines");
+    libvelmora_debugmsg("d");
+    set_message_sink(nullptr);
+    libvelmora_warning("back");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Warning: back\n");
+    const std::vector<std::pair<MessageKind, std::string>> expected{
+        {MessageKind::Warning, "Warning in dist, line 3: x"},
+        {MessageKind::Info, "two\nlines"},
+        {MessageKind::Debug, "DEBUG: d"}};
+    EXPECT_EQ(got, expected);
 }
 
 TEST(TextToNumberAndBool, ReadTheLeadingNumberOrTruthAndNeverFail) {

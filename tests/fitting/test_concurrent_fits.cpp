@@ -117,6 +117,9 @@ TEST(ConcurrentFits, AgreeBitForBitWithTheSameFitsRunAlone) {
                                 {"hyper-Erlang", hyperErlangFit}};
     const std::size_t n = jobs.size();
     const unsigned rounds = 2;
+    // The fitters' progress lines, from all threads, are counted and dropped.
+    std::size_t messages = 0;
+    set_message_sink([&messages](MessageKind, const std::string&) { ++messages; });
 
     std::vector<Figures> alone(n);
     std::vector<std::string> aloneFailure(n);
@@ -128,6 +131,8 @@ TEST(ConcurrentFits, AgreeBitForBitWithTheSameFitsRunAlone) {
     for (std::size_t k = 0; k < n * rounds; ++k)
         threads.emplace_back(runInto, std::cref(jobs[k % n]), &together[k], &togetherFailure[k]);
     for (std::thread& t : threads) t.join();
+    set_message_sink(nullptr);
+    EXPECT_EQ(messages % (rounds + 1), 0u);  // every fit reports the same lines each time
 
     for (std::size_t k = 0; k < n * rounds; ++k) {
         const std::size_t i = k % n;
