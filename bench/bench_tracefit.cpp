@@ -28,12 +28,6 @@ std::unique_ptr<Trace> exampleTrace(const std::string& name) {
     return std::unique_ptr<Trace>(model->simulate(1, 200000, 0, 3));
 }
 
-std::vector<double> valuesOf(Trace& t) {
-    std::vector<double> v(t.getSize());
-    for (unsigned i = 0; i < t.getSize(); ++i) v[i] = t.getElement(i);
-    return v;
-}
-
 // The fitters' progress lines are dropped while they run.
 class Silence {
 public:
@@ -45,7 +39,7 @@ public:
 
 void fitStages(benchmark::State& state, const std::string& example, tracefit_model model, bool marginalOnly) {
     std::unique_ptr<Trace> trace = exampleTrace(example);
-    const std::vector<double> data = valuesOf(*trace);
+    const std::vector<double>& data = trace->getValues();
     TraceFitOrders orders;
     double lag1 = 0;
     for (auto _ : state) {

@@ -52,6 +52,7 @@
 #include "distributions/dist_weibull.h"
 
 #include "timeseries/arima.h"
+#include "timeseries/arma_driven.h"
 #include "timeseries/arta.h"
 #include "timeseries/normal_grid_integral.h"
 

@@ -427,8 +427,7 @@ void runStages(const Options& o, Stages& stages, Report& report) {
     if (report.values < static_cast<std::size_t>(o.orders.lags) + 2)
         throw Failure{"the trace '" + o.trace + "' holds " + std::to_string(report.values) + " values; " +
                       std::to_string(o.orders.lags) + " lags need at least " + std::to_string(o.orders.lags + 2)};
-    std::vector<double> data(trace.getSize());
-    for (unsigned i = 0; i < trace.getSize(); ++i) data[i] = trace.getElement(i);
+    const std::vector<double>& data = trace.getValues();
     stages.end();
 
     stages.begin("marginal", o.marginal.empty() ? "choosing the marginal family by AIC"

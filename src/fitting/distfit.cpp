@@ -27,6 +27,7 @@
 #include "distributions/dist_triangular.h"
 #include "distributions/dist_uniform.h"
 #include "distributions/dist_weibull.h"
+#include "numerics/misc_math.h"
 #include "numerics/misc_polygamma.h"
 
 namespace velmora {
@@ -333,7 +334,7 @@ Dist* fitTriangular(const std::vector<double>& data, const Range& r) {
 Dist* fitChiSquare(const std::vector<double>& data) {
     const double n = static_cast<double>(data.size());
     const double m = mean(data), ml = meanLog(data);
-    auto loglik = [&](double k) { return n * ((k / 2 - 1) * ml - m / 2 - k / 2 * std::log(2.0) - std::lgamma(k / 2)); };
+    auto loglik = [&](double k) { return n * ((k / 2 - 1) * ml - m / 2 - k / 2 * std::log(2.0) - log_gamma(k / 2)); };
     const double start = std::max(1.0, std::round(m));
     double best = start, bestValue = loglik(start);
     for (double k = std::max(1.0, start - 3); k <= start + 3; k += 1) {

@@ -34,6 +34,7 @@
 #include "distributions/dist_uniform.h"
 #include "distributions/dist_weibull.h"
 #include "fitting/distfit.h"
+#include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
@@ -78,7 +79,7 @@ void erlangMixture(Model& model, const std::vector<unsigned>& k, const std::vect
                    const std::vector<double>& p) {
     const std::size_t m = r.size();
     std::vector<double> lconst(m);
-    for (std::size_t i = 0; i < m; ++i) lconst[i] = std::log(p[i]) + k[i] * std::log(r[i]) - std::lgamma(k[i]);
+    for (std::size_t i = 0; i < m; ++i) lconst[i] = std::log(p[i]) + k[i] * std::log(r[i]) - log_gamma(k[i]);
     auto buffer = std::make_shared<std::vector<double>>(m);
     model.logpdf = [k, r, lconst, buffer](double x) {
         if (x < 0) return kMinusInf;
@@ -210,7 +211,7 @@ Model modelOf(Dist* d) {
                 a = static_cast<ChiSquare*>(d)->getK() / 2.0;
                 b = 2;
             }
-            const double c = -a * std::log(b) - std::lgamma(a);
+            const double c = -a * std::log(b) - log_gamma(a);
             model.logpdf = [a, b, c](double x) { return x > 0 ? c + (a - 1) * std::log(x) - x / b : kMinusInf; };
             model.cdf = [a, b](double x) { return x > 0 ? as::gammad(x / b, a) : 0.0; };
             model.moments = {{a * b, a * (a + 1) * b * b, a * (a + 1) * (a + 2) * b * b * b}};
@@ -219,7 +220,7 @@ Model modelOf(Dist* d) {
         case DIST_BETA: {
             auto* be = static_cast<Beta*>(d);
             const double a = be->getAlpha1(), b = be->getAlpha2();
-            const double c = std::lgamma(a + b) - std::lgamma(a) - std::lgamma(b);
+            const double c = log_gamma(a + b) - log_gamma(a) - log_gamma(b);
             model.logpdf = [a, b, c](double x) {
                 return x > 0 && x < 1 ? c + (a - 1) * std::log(x) + (b - 1) * std::log1p(-x) : kMinusInf;
             };
@@ -231,7 +232,7 @@ Model modelOf(Dist* d) {
         case DIST_PEARSONV: {
             auto* pv = static_cast<PearsonV*>(d);
             const double a = pv->getAlpha(), b = pv->getBeta();
-            const double c = a * std::log(b) - std::lgamma(a);
+            const double c = a * std::log(b) - log_gamma(a);
             model.logpdf = [a, b, c](double x) { return x > 0 ? c - (a + 1) * std::log(x) - b / x : kMinusInf; };
             model.cdf = [a, b](double x) { return x > 0 ? 1 - as::gammad(b / x, a) : 0.0; };
             double m = 1;
@@ -241,7 +242,7 @@ Model modelOf(Dist* d) {
         case DIST_PEARSONVI: {
             auto* p6 = static_cast<PearsonVI*>(d);
             const double a1 = p6->getAlpha1(), a2 = p6->getAlpha2(), b = p6->getBeta();
-            const double c = std::lgamma(a1 + a2) - std::lgamma(a1) - std::lgamma(a2) - std::log(b);
+            const double c = log_gamma(a1 + a2) - log_gamma(a1) - log_gamma(a2) - std::log(b);
             model.logpdf = [a1, a2, b, c](double x) {
                 return x > 0 ? c + (a1 - 1) * std::log(x / b) - (a1 + a2) * std::log1p(x / b) : kMinusInf;
             };

@@ -29,6 +29,7 @@
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_hypererlang.h"
 #include "fitting/distfit.h"
+#include "numerics/misc_math.h"
 
 namespace velmora {
 namespace distfit {
@@ -148,7 +149,7 @@ double expectation(const Points& pts, const Fit& f, Work& work) {
     for (std::size_t i = 0; i < m; ++i) {
         const double k = f.phases[i];
         work.km1[i] = k - 1;
-        work.lconst[i] = std::log(f.probabilities[i]) + k * std::log(f.rates[i]) - std::lgamma(k);
+        work.lconst[i] = std::log(f.probabilities[i]) + k * std::log(f.rates[i]) - log_gamma(k);
         work.w[i] = 0;
         work.wx[i] = 0;
     }
@@ -220,7 +221,7 @@ double fullLogLikelihood(const std::vector<double>& data, const Fit& f) {
     std::vector<double> lconst(m), term(m);
     for (std::size_t i = 0; i < m; ++i) {
         const double k = f.phases[i];
-        lconst[i] = std::log(f.probabilities[i]) + k * std::log(f.rates[i]) - std::lgamma(k);
+        lconst[i] = std::log(f.probabilities[i]) + k * std::log(f.rates[i]) - log_gamma(k);
     }
     double ll = 0;
     for (double x : data) {

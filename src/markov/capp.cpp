@@ -39,15 +39,15 @@ Exception notAcyclic(int line) { return Exception("capp", line, "CAPP requires a
 
 // The default constructor also holds a default base, so that no operation
 // meets a missing base; only the marginal can be missing.
-capp::capp() : base(std::make_unique<ARIMA>()) {
+capp::capp() : ArmaDrivenParts<CPH>("capp", "No phase-type distribution.", nullptr, nullptr) {
     type = PROCESS_CAPP;
     typeName = "CAPP";
 }
 
-capp::capp(CPH* acph, ARIMA* base) : base(base), acph(acph) {
+capp::capp(CPH* acph, ARIMA* base) : ArmaDrivenParts<CPH>("capp", "No phase-type distribution.", base, acph) {
     type = PROCESS_CAPP;
     typeName = "CAPP";
-    if (!this->acph->isAcyclic()) throw notAcyclic(__LINE__);
+    if (!marginal->isAcyclic()) throw notAcyclic(__LINE__);
     init();
 }
 
@@ -65,16 +65,8 @@ void capp::clearPaths() {
 }
 
 void capp::resetParts() {
-    acph.reset();
-    base = std::make_unique<ARIMA>();
+    ArmaDrivenParts<CPH>::resetParts();
     clearPaths();
-}
-
-void capp::normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
-
-CPH* capp::requireMarginal() const {
-    if (!acph) throw Exception("capp", __LINE__, "No phase-type distribution.");
-    return acph.get();
 }
 
 void capp::init() {
@@ -86,7 +78,7 @@ void capp::init() {
 }
 
 ARIMA* capp::getBaseProcess() { return base.get(); }
-CPH* capp::getACPH() { return acph.get(); }
+CPH* capp::getACPH() { return marginal.get(); }
 const cph_path_list& capp::getPaths() const { return paths; }
 const std::vector<double>& capp::getPathMeans() const { return pathMeans; }
 
@@ -114,8 +106,8 @@ void capp::load(Config* config) {
         throw Exception("capp", __LINE__, "Not a CAPP model.");
     resetParts();
     config->setValue("model", "cph", true);
-    acph = std::make_unique<CPH>(config);
-    if (!acph->isAcyclic()) throw notAcyclic(__LINE__);
+    marginal = std::make_unique<CPH>(config);
+    if (!marginal->isAcyclic()) throw notAcyclic(__LINE__);
     loadBaseKeys(config);
     init();
 }
@@ -142,9 +134,9 @@ void capp::load(XMLElement* element) {
     base->load(arima);
     XMLElement* ph = element->getChildElement("ph");
     if (ph == nullptr) throw Exception("capp", __LINE__, "Invalid CAPP.");
-    acph = std::make_unique<CPH>();
-    acph->load(ph);
-    if (!acph->isAcyclic()) throw notAcyclic(__LINE__);
+    marginal = std::make_unique<CPH>();
+    marginal->load(ph);
+    if (!marginal->isAcyclic()) throw notAcyclic(__LINE__);
     init();
 }
 

@@ -20,6 +20,7 @@
 #include "core/process.h"
 #include "markov/cph.h"
 #include "numerics/random.h"
+#include "timeseries/arma_driven.h"
 
 namespace velmora {
 
@@ -30,7 +31,7 @@ class Trace;
 class XMLConfig;
 class XMLElement;
 
-class capp : public Process {
+class capp : public Process, protected ArmaDrivenParts<CPH> {
 public:
     // No parts at all: for subclasses that build their own.
     capp();
@@ -115,14 +116,8 @@ protected:
     // Drops the marginal and the paths, and puts a default ARIMA in place of
     // the base.
     void resetParts();
-    // Normalises the base to process variance 1.
-    void normaliseBase();
     void clearPaths();
-    // The marginal, or an Exception when a failed load left none.
-    CPH* requireMarginal() const;
 
-    std::unique_ptr<ARIMA> base;
-    std::unique_ptr<CPH> acph;
     std::optional<Rand> rng;
     cph_path_list paths;
     std::vector<double> pathMeans;

@@ -181,7 +181,7 @@ void chep::resetChepParts() {
 void chep::init() {
     HyperErlang* h = requireHyperErlang();
     const CPH equivalent = h->asCPH();
-    acph = std::make_unique<CPH>(equivalent.getT(), equivalent.getTau());
+    marginal = std::make_unique<CPH>(equivalent.getT(), equivalent.getTau());
     normaliseBase();
     clearPaths();
     branchPhases = h->getPhases();

@@ -4,12 +4,19 @@
 // first term elsewhere; the beta function through it; the Poisson partial sum.
 #include "numerics/misc_math.h"
 
+#include <math.h>
+
 #include <cmath>
 #include <cstdint>
 
 #include "core/libvelmora_settings.h"
 
 namespace velmora {
+
+double log_gamma(double x) {
+    int sign = 0;
+    return ::lgamma_r(x, &sign);
+}
 
 double round(double x, unsigned digits) {
     const double s = std::pow(10.0, digits);

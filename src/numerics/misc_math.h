@@ -25,6 +25,10 @@ unsigned long fac(unsigned long n);
 // elsewhere. Throws for x <= 0.
 double gamma_function(double x);
 
+// log |Gamma(x)|, the value of std::lgamma, without std::lgamma's write of
+// the sign to a global: fits on several threads call it at once.
+double log_gamma(double x);
+
 // B(a, b) = gamma_function(a) gamma_function(b) / gamma_function(a + b).
 double beta_function(double a, double b);
 

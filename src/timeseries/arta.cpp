@@ -32,29 +32,22 @@ void writeList(std::ostream& out, const std::vector<double>& values) {
 
 }  // namespace
 
-ARTA::ARTA(std::string file, format f) : base(std::make_unique<ARIMA>()) {
+ARTA::ARTA() : ArmaDrivenParts<Dist>("arta", "No marginal distribution.", nullptr, nullptr) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
-    load(file, f);
 }
 
-ARTA::ARTA(Config* config) : base(std::make_unique<ARIMA>()) {
-    type = PROCESS_ARTA;
-    typeName = "ARTA";
-    load(config);
-}
+ARTA::ARTA(std::string file, format f) : ARTA() { load(file, f); }
 
-ARTA::ARTA(XMLConfig* document) : base(std::make_unique<ARIMA>()) {
-    type = PROCESS_ARTA;
-    typeName = "ARTA";
-    load(document);
-}
+ARTA::ARTA(Config* config) : ARTA() { load(config); }
+
+ARTA::ARTA(XMLConfig* document) : ARTA() { load(document); }
 
 ARTA::ARTA(Dist* marginal, std::vector<double> ar, double mean, double stddev)
     : ARTA(marginal, std::move(ar), std::vector<double>(), mean, stddev) {}
 
 ARTA::ARTA(Dist* marginal, std::vector<double> ar, std::vector<double> ma, double mean, double stddev)
-    : marginal(marginal) {
+    : ArmaDrivenParts<Dist>("arta", "No marginal distribution.", nullptr, marginal) {
     type = PROCESS_ARTA;
     typeName = "ARTA";
     base = std::make_unique<ARIMA>(std::move(ar), std::move(ma), 0.0, mean, stddev * stddev, 0.0, "unknown");
@@ -63,20 +56,9 @@ ARTA::ARTA(Dist* marginal, std::vector<double> ar, std::vector<double> ma, doubl
 
 ARTA::~ARTA() = default;
 
-void ARTA::resetParts() {
-    marginal.reset();
-    base = std::make_unique<ARIMA>();
-}
-
-void ARTA::normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
-
 // Everything that needs the marginal reports a missing one (a key-value
-// model without "distribution") with this message instead of failing on a
-// null pointer.
-Dist* ARTA::requireMarginal() const {
-    if (!marginal) throw Exception("arta", __LINE__, "No marginal distribution.");
-    return marginal.get();
-}
+// model without "distribution") through requireMarginal instead of failing
+// on a null pointer.
 
 ARIMA* ARTA::getBaseProcess() { return base.get(); }
 Dist* ARTA::getDistribution() { return marginal.get(); }

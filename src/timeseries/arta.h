@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/process.h"
+#include "timeseries/arma_driven.h"
 
 namespace velmora {
 
@@ -23,7 +24,7 @@ class Trace;
 class XMLConfig;
 class XMLElement;
 
-class ARTA : public Process {
+class ARTA : public Process, private ArmaDrivenParts<Dist> {
 public:
     ARTA(std::string file, format f);
     explicit ARTA(Config* config);
@@ -71,15 +72,7 @@ public:
     std::vector<unsigned> getOrder() const;
 
 private:
-    // Drops the marginal and puts a default ARIMA in place of the base.
-    void resetParts();
-    // Divides the white-noise variance by gamma(0), giving process variance 1.
-    void normaliseBase();
-    // The marginal, or an exception when none has been loaded.
-    Dist* requireMarginal() const;
-
-    std::unique_ptr<ARIMA> base;
-    std::unique_ptr<Dist> marginal;
+    ARTA();
 };
 
 // Autocorrelations of the transformed process for the base autocorrelations

@@ -34,6 +34,8 @@ public:
     std::string getProcessDescription() override;
     void appendElement(double x);
     double getElement(unsigned index);
+    // The values in their order, without a copy.
+    const std::vector<double>& getValues() const { return values; }
     unsigned getSize();
 
     // Replay.
