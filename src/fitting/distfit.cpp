@@ -79,20 +79,6 @@ double centralSquare(const std::vector<double>& data, double m) {
     return s / static_cast<double>(data.size());
 }
 
-// Raw moments E[X], E[X^2], E[X^3] of the data.
-void rawMoments(const std::vector<double>& data, double& m1, double& m2, double& m3) {
-    double s1 = 0, s2 = 0, s3 = 0;
-    for (double x : data) {
-        s1 += x;
-        s2 += x * x;
-        s3 += x * x * x;
-    }
-    const double n = static_cast<double>(data.size());
-    m1 = s1 / n;
-    m2 = s2 / n;
-    m3 = s3 / n;
-}
-
 double meanLog(const std::vector<double>& data) {
     double s = 0;
     for (double x : data) s += std::log(x);
@@ -262,8 +248,8 @@ Dist* fitHypoExponential(const std::vector<double>& data) {
 // When the third moment admits no such pair, the two moments are matched with
 // balanced means (p/rate1 = (1 - p)/rate2); cv <= 1 admits neither.
 Dist* fitHyperExponential(const std::vector<double>& data) {
-    double m1, m2, m3;
-    rawMoments(data, m1, m2, m3);
+    const std::array<double, 3> raw = raw_moments(data);
+    const double m1 = raw[0], m2 = raw[1], m3 = raw[2];
     const double cv2 = m2 / (m1 * m1) - 1;
     if (!(cv2 > 1))
         fail(__LINE__, "Cannot fit hyperexponential: a mixture of exponentials has a coefficient of variation "

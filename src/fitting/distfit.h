@@ -102,6 +102,10 @@ struct Assessment {
 // Throws for a null d, empty data or non-finite values.
 Assessment assess(Dist* d, const std::vector<double>& data);
 
+// The raw moments E[X], E[X^2], E[X^3] of the data, each sum in data order
+// divided by the count.
+std::array<double, 3> raw_moments(const std::vector<double>& data);
+
 // Completes an assessment of `data` whose family, parameter count,
 // log-likelihood, KS distance and model moments are set: the count of
 // values, AIC, BIC and the data's raw moments. For models assessed outside

@@ -333,7 +333,7 @@ Assessment assess(Dist* d, const std::vector<double>& data) {
     return a;
 }
 
-void complete_assessment(Assessment& a, const std::vector<double>& data) {
+std::array<double, 3> raw_moments(const std::vector<double>& data) {
     double s1 = 0, s2 = 0, s3 = 0;
     for (double x : data) {
         s1 += x;
@@ -341,10 +341,15 @@ void complete_assessment(Assessment& a, const std::vector<double>& data) {
         s3 += x * x * x;
     }
     const double n = static_cast<double>(data.size());
+    return {{s1 / n, s2 / n, s3 / n}};
+}
+
+void complete_assessment(Assessment& a, const std::vector<double>& data) {
+    const double n = static_cast<double>(data.size());
     a.n = data.size();
     a.aic = 2.0 * a.parameters - 2 * a.logLikelihood;
     a.bic = a.parameters * std::log(n) - 2 * a.logLikelihood;
-    a.dataMoments = {{s1 / n, s2 / n, s3 / n}};
+    a.dataMoments = raw_moments(data);
 }
 
 Selection::Selection() = default;

@@ -128,12 +128,7 @@ void capp::load(XMLConfig* document) {
 
 void capp::load(XMLElement* element) {
     resetParts();
-    if (element == nullptr || element->getTag() != "capp") throw Exception("capp", __LINE__, "Not a CAPP.");
-    XMLElement* arima = element->getChildElement("arima");
-    if (arima == nullptr) throw Exception("capp", __LINE__, "Invalid CAPP.");
-    base->load(arima);
-    XMLElement* ph = element->getChildElement("ph");
-    if (ph == nullptr) throw Exception("capp", __LINE__, "Invalid CAPP.");
+    XMLElement* ph = load_arma_driven_element(element, *base, "capp", "capp", "ph", "Not a CAPP.", "Invalid CAPP.");
     marginal = std::make_unique<CPH>();
     marginal->load(ph);
     if (!marginal->isAcyclic()) throw notAcyclic(__LINE__);

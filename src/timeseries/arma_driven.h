@@ -14,6 +14,15 @@
 
 namespace velmora {
 
+class XMLElement;
+
+// The model element of the XML form: element must have the tag `tag` (else
+// notModel is thrown), its child "arima" is loaded into base, and its child
+// marginalTag is returned; a missing child throws invalid. module names the
+// model in the messages.
+XMLElement* load_arma_driven_element(XMLElement* element, ARIMA& base, const char* module, const char* tag,
+                                     const char* marginalTag, const char* notModel, const char* invalid);
+
 template <class Marginal>
 class ArmaDrivenParts {
 protected:

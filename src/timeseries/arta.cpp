@@ -105,12 +105,8 @@ void ARTA::load(XMLConfig* document) {
 
 void ARTA::load(XMLElement* element) {
     resetParts();
-    if (element == nullptr || element->getTag() != "arta") throw Exception("arta", __LINE__, "Not an ARTA model.");
-    XMLElement* arima = element->getChildElement("arima");
-    if (arima == nullptr) throw Exception("arta", __LINE__, "Invalid ARTA model.");
-    base->load(arima);
-    XMLElement* dist = element->getChildElement("dist");
-    if (dist == nullptr) throw Exception("arta", __LINE__, "Invalid ARTA model.");
+    XMLElement* dist =
+        load_arma_driven_element(element, *base, "arta", "arta", "dist", "Not an ARTA model.", "Invalid ARTA model.");
     marginal.reset(loadDistribution(dist));
     normaliseBase();
 }
