@@ -2,6 +2,7 @@
 // trace until the stop criterion holds, within a memory budget.
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <limits>
@@ -16,7 +17,8 @@ namespace velmora {
 
 namespace {
 
-std::size_t budgetOverride = 0;
+// A setting of the program, read by generations on any thread.
+std::atomic<std::size_t> budgetOverride{0};
 
 // The memory the system gives the program: the physical memory, or the limit
 // of its control group (version 2 or 1) where that is smaller.
@@ -42,12 +44,13 @@ std::string budgetText() {
 }  // namespace
 
 std::size_t simulation_memory_budget() {
-    if (budgetOverride != 0) return budgetOverride;
+    const std::size_t chosen = budgetOverride.load();
+    if (chosen != 0) return chosen;
     static const std::size_t standard = static_cast<std::size_t>(availableMemory() / 8);
     return standard;
 }
 
-void set_simulation_memory_budget(std::size_t bytes) { budgetOverride = bytes; }
+void set_simulation_memory_budget(std::size_t bytes) { budgetOverride.store(bytes); }
 
 unsigned simulation_value_limit() {
     const std::size_t values = simulation_memory_budget() / sizeof(double);
