@@ -64,6 +64,8 @@ class XMLConfig {
 public:
     explicit XMLConfig(std::string file);
     XMLConfig(const XMLConfig&) = delete;
+    // A document from its text, read as a file of that text would be.
+    static std::unique_ptr<XMLConfig> fromText(const std::string& text);
     XMLConfig& operator=(const XMLConfig&) = delete;
 
     XMLElement* getDocumentRoot();
@@ -72,6 +74,7 @@ public:
     static std::vector<std::pair<std::string, std::string>> splitXML(std::string text);
 
 private:
+    XMLConfig() = default;
     std::unique_ptr<XMLElement> root;
 };
 

@@ -21,12 +21,23 @@ void readProcessFile(const std::string& file, format f, const char* module, cons
     }
 }
 
+namespace {
+
+const char* const kDocumentOpen = "<?xml version=\"1.0\"?>\n<velmora>\n";
+const char* const kDocumentClose = "</velmora>\n";
+
+}  // namespace
+
 void saveProcessFile(Process& process, const std::string& file, format f, const char* module) {
     std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
     if (!out.is_open()) throw Exception(module, __LINE__, "Cannot open file.");
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>\n<velmora>\n";
+    if (f == FORMAT_XML) out << kDocumentOpen;
     out << process.toString(f);
-    if (f == FORMAT_XML) out << "</velmora>\n";
+    if (f == FORMAT_XML) out << kDocumentClose;
+}
+
+std::string processDocument(Process& process) {
+    return kDocumentOpen + process.toString(FORMAT_XML) + kDocumentClose;
 }
 
 }  // namespace velmora

@@ -31,6 +31,9 @@ void loadProcessFile(Model& model, const std::string& file, format f, const char
 // emptied and, for XML, the envelope opened.
 void saveProcessFile(Process& process, const std::string& file, format f, const char* module);
 
+// The text of the XML model file that saveProcessFile writes, envelope and all.
+std::string processDocument(Process& process);
+
 }  // namespace velmora
 
 #endif
