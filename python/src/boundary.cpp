@@ -42,12 +42,8 @@ std::vector<double> values_from(py::handle obj, const char* what, std::size_t le
     if (obj.is_none() || py::isinstance<py::str>(obj) || py::isinstance<py::bytes>(obj))
         raise_error(name + " must be a sequence of numbers, not " + std::string(py::str(obj.get_type().attr("__name__"))));
     using Array = py::array_t<double, py::array::c_style | py::array::forcecast>;
-    Array a;
-    try {
-        a = Array::ensure(obj);
-    } catch (py::error_already_set&) {
-        a = Array();
-    }
+    // ensure gives a null array, with the error cleared, for what NumPy cannot convert.
+    Array a = Array::ensure(obj);
     if (!a) {
         PyErr_Clear();
         raise_error(name + " must be a sequence of numbers");

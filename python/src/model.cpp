@@ -66,7 +66,8 @@ std::vector<unsigned> lags_from(py::handle lags) {
         for (long long l = 1; l <= k; ++l) wanted.push_back(static_cast<unsigned>(l));
         return wanted;
     }
-    if (!py::isinstance<py::sequence>(lags) && !py::isinstance<py::array>(lags))
+    if ((!py::isinstance<py::sequence>(lags) && !py::isinstance<py::array>(lags)) || py::isinstance<py::str>(lags) ||
+        py::isinstance<py::bytes>(lags))
         raise_error("lags must be a whole number or a sequence of whole numbers");
     for (py::handle l : py::iterable(py::reinterpret_borrow<py::object>(lags)))
         wanted.push_back(static_cast<unsigned>(count_from(l, "each lag", 1, kMaxLag)));
@@ -94,15 +95,9 @@ py::array_t<double> moments(Model& self, py::handle k) {
 // and the infinities the function's limits, without asking the model.
 py::object evaluate(Model& self, py::handle x, double (Process::*f)(double), double atMinusInf, double atPlusInf) {
     using Array = py::array_t<double, py::array::c_style | py::array::forcecast>;
-    Array a;
-    if (!py::isinstance<py::str>(x) && !py::isinstance<py::bytes>(x) && !x.is_none()) {
-        try {
-            a = Array::ensure(x);
-        } catch (py::error_already_set&) {
-            a = Array();
-        }
-    }
-    if (!a) {
+    const bool number_like = !py::isinstance<py::str>(x) && !py::isinstance<py::bytes>(x) && !x.is_none();
+    Array a = number_like ? Array::ensure(x) : Array();
+    if (!number_like || !a) {
         PyErr_Clear();
         raise_error("x must be a number or an array of numbers");
     }
