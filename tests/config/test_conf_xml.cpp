@@ -91,3 +91,14 @@ TEST(XMLConfig, MalformedDocumentsAndMissingFilesAreRefusedDeepOrHugeOnesRead) {
     std::string message = parseMessage(junk);
     EXPECT_TRUE(message == "XML parse error." || message == "no failure");
 }
+
+TEST(XMLConfig, TextReadsAsTheSameFileWould) {
+    const std::string text = "<?xml version=\"1.0\"?>\n<velmora>\n <map>\n  <d0>1 2\n3 4</d0>\n </map>\n</velmora>\n";
+    XMLConfig fromFile(writeFile("x_text.xml", text));
+    std::unique_ptr<XMLConfig> fromText = XMLConfig::fromText(text);
+    EXPECT_EQ(fromText->getDocumentRoot()->getTag(), "velmora");
+    EXPECT_EQ(model_element(fromText.get(), "map")->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(model_element(&fromFile, "map")->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(messageOf([] { XMLConfig::fromText("<velmora><map>"); }, "conf"),
+              messageOf([] { XMLConfig(writeFile("x_bad.xml", "<velmora><map>")); }, "conf"));
+}
