@@ -1,10 +1,15 @@
 """Fits from Python: a model generates values, the fit finds it again."""
 
+import os
+import pathlib
+import pickle
+import subprocess
+
 import numpy as np
 import pytest
 
 import velmora
-from conftest import example
+from conftest import SYLVAR, example
 
 
 @pytest.fixture(scope="module")
@@ -39,7 +44,6 @@ def test_a_map_fit_has_a_joint_likelihood(chep_values):
 
 
 def test_fitted_models_travel_as_files_and_pickles(chep_values, tmp_path):
-    import pickle
     r = velmora.fit(chep_values, marginal="hypererlang", lags=3)
     r.model.save(tmp_path / "fitted.xml")
     from_file = velmora.load(tmp_path / "fitted.xml").simulate(1000, seed=2)
@@ -60,3 +64,17 @@ def test_distribution_fits_recover_their_source():
     h = velmora.fit_hypererlang(x, 2)
     assert h.family == "hypererlang" and sum(h.em["structure"]) == 2
     assert h.loglik >= e.loglik
+
+
+def test_the_report_is_the_one_sylvar_fit_prints(sylvar_run, tmp_path):
+    fit = pathlib.Path(os.environ.get("VELMORA_SYLVAR_FIT", SYLVAR.parent / "sylvar-fit"))
+    if not fit.is_file():
+        pytest.skip("sylvar-fit is not built")
+    lines, _ = sylvar_run(example("arta"), 3, 4000)
+    (tmp_path / "trace.txt").write_text("\n".join(lines) + "\n")
+    printed = subprocess.run([str(fit), "-trace=" + str(tmp_path / "trace.txt"), "-out=" + str(tmp_path / "m.xml"),
+                              "-marginal=gamma", "-lags=4"], check=True, capture_output=True, text=True,
+                             timeout=300).stdout
+    report = velmora.fit(np.array([float(v) for v in lines]), marginal="gamma", lags=4).report()
+    body = report[report.index("Marginal"):].rstrip("\n")
+    assert body in printed
