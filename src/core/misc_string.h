@@ -30,6 +30,11 @@ std::string trimLeft(std::string text);
 std::string trimRight(std::string text);
 
 std::string tolower(std::string text);
+
+// x in the printf form `form` (one double conversion) for reports: NaN
+// gives "-", and a value that rounds to zero shows no minus sign (a "%+"
+// form shows "+" instead).
+std::string formatNumber(double x, const char* form = "%.6g");
 std::string toupper(std::string text);
 
 template <typename T>

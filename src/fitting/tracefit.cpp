@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <limits>
 #include <utility>
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
 #include "core/process.h"
 #include "distributions/dist.h"
 #include "distributions/dist_erlang.h"
@@ -122,7 +124,7 @@ CPH phaseTypeFor(const TraceFitMarginal& m, const std::string& model) {
 
 tracefit_model tracefit_model_from_name(const std::string& name) {
     for (unsigned i = 0; i < 5; ++i)
-        if (name == kModelNames[i]) return static_cast<tracefit_model>(i);
+        if (tolower(name) == kModelNames[i]) return static_cast<tracefit_model>(i);
     fail(__LINE__, "Unknown model class '" + name + "' (choose auto, arta, capp, chep or map).");
 }
 
@@ -155,8 +157,9 @@ std::string TraceFitMarginal::parameterText() const {
     return "";
 }
 
-// A known family name wins over a file of the same name; a name ending in
-// ".xml", or any other name that opens as a file, is a model file.
+// A known family name (in any case) wins over a file of the same name; a
+// name ending in ".xml", or any other name that opens as a file, is a model
+// file.
 TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& request, unsigned phases) {
     distfit::check_values(data, "the trace", false);
     if (request.empty()) {
@@ -168,20 +171,21 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.dist = std::move(s.best);
         return m;
     }
-    if (!isFamilyName(request)) {
+    const std::string family = tolower(request);
+    if (!isFamilyName(family)) {
         if (endsWithXml(request) || readable(request)) return marginalFromFile(request, data);
         fail(__LINE__, "Unknown marginal '" + request + "': neither a distribution family nor a model file.");
     }
     TraceFitMarginal m;
     m.source = "fitted";
-    if (request == "hypererlang") {
+    if (family == "hypererlang") {
         // The phase count is chosen like the family: by AIC.
-        distfit::Selection s = distfit::best_family(data, {request}, phases);
+        distfit::Selection s = distfit::best_family(data, {family}, phases);
         m.assessment = s.candidates[s.bestIndex].assessment;
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
     } else {
-        m.dist.reset(distfit::fit_distribution(request, data, 0));
+        m.dist = std::unique_ptr<Dist>(distfit::fit_distribution(family, data, 0));
         m.assessment = distfit::assess(m.dist.get(), data);
     }
     return m;
@@ -249,57 +253,64 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
     return a;
 }
 
-Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t, const TraceFitOrders& o) {
+namespace {
+
+// The fitters take their marginal as a raw pointer and own it once they
+// succeed (or delete it, having replaced it); when they fail it stays here.
+template <class T, class Fit>
+std::unique_ptr<Process> handOver(std::unique_ptr<T>& marginal, Fit&& fit) {
+    std::unique_ptr<Process> result(fit(marginal.get()));
+    (void)marginal.release();
+    return result;
+}
+
+}  // namespace
+
+std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                              const TraceFitOrders& o) {
     if (t == nullptr) fail(__LINE__, "No trace.");
     if (!m.dist && !m.ph) fail(__LINE__, "No marginal distribution.");
     switch (model) {
-        case TRACEFIT_AUTO: {
-            Process* result = m.dist ? fit_arta_chep_capp(m.dist.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax)
-                                     : fit_arta_chep_capp(m.ph.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            // The fit owns the marginal now, or has deleted it.
-            m.dist.release();
-            m.ph.release();
-            return result;
-        }
+        case TRACEFIT_AUTO:
+            if (m.dist)
+                return handOver(m.dist, [&](Dist* d) {
+                    return fit_arta_chep_capp(d, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+                });
+            return handOver(m.ph, [&](CPH* c) {
+                return fit_arta_chep_capp(c, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+            });
         case TRACEFIT_ARTA: {
             if (m.ph && m.ph->getOrder() != 1)
                 fail(__LINE__, "Model arta needs a distribution family as marginal, not a ph model of order " +
                                    std::to_string(m.ph->getOrder()) + ".");
-            std::unique_ptr<Dist> exponential;
-            if (m.ph) exponential = std::make_unique<Exponential>(-m.ph->getT()(0, 0));
-            Dist* d = m.ph ? exponential.get() : m.dist.get();
-            ARTAFit fitter(t, d, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            Process* result = fitter.fit_arta_model();
-            exponential.release();
-            m.dist.release();
+            std::unique_ptr<Dist> d = m.ph ? std::make_unique<Exponential>(-m.ph->getT()(0, 0)) : std::move(m.dist);
+            std::unique_ptr<Process> result = handOver(d, [&](Dist* marginal) {
+                return ARTAFit(t, marginal, o.lags, o.pMin, o.pMax, o.qMin, o.qMax).fit_arta_model();
+            });
             m.ph.reset();
             return result;
         }
         case TRACEFIT_CHEP: {
-            if (m.ph || !m.dist)
-                fail(__LINE__, "Model chep needs a hyper-Erlang marginal (or an exponential, erlang or "
-                               "hyperexponential one), not " + m.name() + ".");
-            if (m.dist->getType() == DIST_HYPERERLANG) {
-                Process* result =
-                    cappfit::fit_chep(static_cast<HyperErlang*>(m.dist.get()), t, o.lags, o.pMin, o.pMax, o.qMin,
-                                      o.qMax);
-                m.dist.release();
-                return result;
-            }
-            std::unique_ptr<HyperErlang> h = asHyperErlang(m.dist.get());
+            if (m.dist && m.dist->getType() == DIST_HYPERERLANG)
+                return handOver(m.dist, [&](Dist* d) {
+                    return cappfit::fit_chep(static_cast<HyperErlang*>(d), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+                });
+            std::unique_ptr<HyperErlang> h = m.dist ? asHyperErlang(m.dist.get()) : nullptr;
             if (!h)
                 fail(__LINE__, "Model chep needs a hyper-Erlang marginal (or an exponential, erlang or "
                                "hyperexponential one), not " + m.name() + ".");
-            Process* result = cappfit::fit_chep(h.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            h.release();
+            std::unique_ptr<Process> result = handOver(h, [&](HyperErlang* e) {
+                return cappfit::fit_chep(e, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+            });
             m.dist.reset();
             return result;
         }
         case TRACEFIT_CAPP: {
             const CPH chain = phaseTypeFor(m, "capp");
             auto c = std::make_unique<CPH>(chain.getT(), chain.getTau());
-            Process* result = cappfit::fit_capp(c.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            c.release();
+            std::unique_ptr<Process> result = handOver(c, [&](CPH* ph) {
+                return cappfit::fit_capp(ph, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+            });
             m.dist.reset();
             m.ph.reset();
             return result;
@@ -310,10 +321,9 @@ Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* 
                 fail(__LINE__, "The trace is too short for " + std::to_string(o.lags) + " lags.");
             map_markovian_rep rep =
                 mapfit::mapfit_fit_autocorrelation(chain.getT(), chain.getTau(), t->getAutocorrelations(1, o.lags));
-            Process* result = new MAP(rep.D0, rep.D1);
             m.dist.reset();
             m.ph.reset();
-            return result;
+            return std::make_unique<MAP>(rep.D0, rep.D1);
         }
     }
     fail(__LINE__, "Unknown model class.");
@@ -335,6 +345,39 @@ bool tracefit_base_orders(Process* model, unsigned* p, unsigned* q) {
     *p = static_cast<unsigned>(base->getARCoefficients().size());
     *q = static_cast<unsigned>(base->getMACoefficients().size());
     return true;
+}
+
+TraceFitResult::TraceFitResult() : jointLogLikelihood(std::numeric_limits<double>::quiet_NaN()) {}
+TraceFitResult::TraceFitResult(TraceFitResult&&) noexcept = default;
+TraceFitResult& TraceFitResult::operator=(TraceFitResult&&) noexcept = default;
+TraceFitResult::~TraceFitResult() = default;
+
+TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
+                        const std::function<void(const std::string&)>& stage) {
+    const unsigned lags = request.orders.lags;
+    if (trace.getSize() < static_cast<std::size_t>(lags) + 2)
+        fail(__LINE__, "The trace holds " + std::to_string(trace.getSize()) + " values; " + std::to_string(lags) +
+                           " lags need at least " + std::to_string(lags + 2) + ".");
+    std::vector<double> data(trace.getSize());
+    for (unsigned i = 0; i < trace.getSize(); ++i) data[i] = trace.getElement(i);
+
+    TraceFitResult r;
+    r.values = data.size();
+    if (stage) stage("marginal");
+    TraceFitMarginal marginal = tracefit_marginal(data, request.marginal, request.phases);
+    r.marginalName = marginal.name();
+    r.marginalSource = marginal.source;
+    r.marginalParameters = marginal.parameterText();
+    r.assessment = marginal.assessment;
+    r.candidates = std::move(marginal.candidates);
+
+    if (stage) stage("correlation");
+    r.model = tracefit_correlation(marginal, request.model, &trace, request.orders);
+    r.modelClass = tracefit_model_class(r.model.get());
+    r.hasOrders = tracefit_base_orders(r.model.get(), &r.p, &r.q);
+    r.targets = trace.getAutocorrelations(1, lags);
+    r.fitted = r.model->getAutocorrelations(1, lags);
+    return r;
 }
 
 }  // namespace velmora
