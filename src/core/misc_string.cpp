@@ -94,6 +94,16 @@ std::string toupper(std::string text) {
     return text;
 }
 
+namespace {
+// Per thread, so that a model written on one thread keeps the form of one
+// written on another.
+thread_local bool fullPrecision = false;
+}  // namespace
+
+FullPrecisionText::FullPrecisionText() : previous(fullPrecision) { fullPrecision = true; }
+FullPrecisionText::~FullPrecisionText() { fullPrecision = previous; }
+bool FullPrecisionText::active() { return fullPrecision; }
+
 std::string formatNumber(double x, const char* form) {
     if (std::isnan(x)) return "-";
     char buf[64];

@@ -15,7 +15,6 @@
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
 #include "core/output_file.h"
-#include "core/process_files.h"
 #include "core/stage_timer.h"
 #include "driver/sylvar_fit_usage.h"
 #include "fitting/tracefit.h"
@@ -155,7 +154,8 @@ int run(const Options& o) {
             report.plots = fit_plots(o.plot, trace, result, o.request.orders.lags);
         }
         stage("write");
-        write_file_atomically(o.out, processFileText(*result.model, FORMAT_XML));
+        write_file_atomically(o.out, tracefit_model_file_text(*result.model),
+                              [&](const std::string& written) { tracefit_check_model_file(*result.model, written); });
         timer.end();
     } catch (Exception& e) {
         throw Failure{stageTexts(o, timer.current()).second + e.message};

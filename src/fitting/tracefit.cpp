@@ -11,6 +11,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "core/process_files.h"
 #include "distributions/dist.h"
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exponential.h"
@@ -120,6 +121,36 @@ CPH phaseTypeFor(const TraceFitMarginal& m, const std::string& model) {
                    "hyperexponential, hypererlang or a ph model file), not " + m.name() + ".");
 }
 
+// Probabilities that the XML readers, which sum them left to right and
+// want exactly 1, accept: scaled by their sum, with the last one taking up
+// what rounding leaves.
+std::vector<double> summingToOne(std::vector<double> p) {
+    double sum = 0;
+    for (double x : p) sum += x;
+    if (p.empty() || !(sum > 0) || !std::isfinite(sum)) return p;
+    for (double& x : p) x /= sum;
+    double head = 0;
+    for (std::size_t i = 0; i + 1 < p.size(); ++i) head += p[i];
+    double& last = p.back();
+    last = std::max(0.0, 1 - head);
+    for (int step = 0; step < 8 && head + last != 1; ++step)
+        last = std::nextafter(last, head + last > 1 ? 0.0 : 2.0);
+    return p;
+}
+
+// A fitted mixture is written as it is held, so its probabilities must pass
+// the readers' check as they are.
+void normaliseMixture(Dist* d) {
+    if (d == nullptr) return;
+    if (d->getType() == DIST_HYPERERLANG) {
+        HyperErlang* h = static_cast<HyperErlang*>(d);
+        h->setProbabilities(summingToOne(h->getProbabilities()));
+    } else if (d->getType() == DIST_HYPEREXPONENTIAL) {
+        HyperExponential* h = static_cast<HyperExponential*>(d);
+        h->setProbabilities(summingToOne(h->getProbabilities()));
+    }
+}
+
 }  // namespace
 
 tracefit_model tracefit_model_from_name(const std::string& name) {
@@ -169,6 +200,7 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.assessment = s.candidates[s.bestIndex].assessment;
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
+        normaliseMixture(m.dist.get());
         return m;
     }
     const std::string family = tolower(request);
@@ -188,6 +220,7 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.dist = std::unique_ptr<Dist>(distfit::fit_distribution(family, data, 0));
         m.assessment = distfit::assess(m.dist.get(), data);
     }
+    normaliseMixture(m.dist.get());
     return m;
 }
 
@@ -337,10 +370,28 @@ std::string tracefit_model_class(Process* model) {
     return model->getProcessTypeString();
 }
 
+namespace {
+
+ARIMA* baseOf(Process* model) {
+    if (ARTA* a = dynamic_cast<ARTA*>(model)) return a->getBaseProcess();
+    if (capp* c = dynamic_cast<capp*>(model)) return c->getBaseProcess();
+    return nullptr;
+}
+
+// Whether an AR root lies within 1.001 of the unit circle: the roots of
+// phi(z) have modulus above 1.001 exactly when those of phi(1.001 z) lie
+// outside the unit circle.
+bool nearUnitRoot(const ARIMA& base) {
+    std::vector<double> ar = base.getARCoefficients();
+    double power = 1;
+    for (double& phi : ar) phi *= (power *= 1.001);
+    return !ARIMA(ar, {}, 0, 0, 1, 0, "").isStationary();
+}
+
+}  // namespace
+
 bool tracefit_base_orders(Process* model, unsigned* p, unsigned* q) {
-    ARIMA* base = nullptr;
-    if (ARTA* a = dynamic_cast<ARTA*>(model)) base = a->getBaseProcess();
-    if (capp* c = dynamic_cast<capp*>(model)) base = c->getBaseProcess();
+    ARIMA* base = baseOf(model);
     if (base == nullptr) return false;
     *p = static_cast<unsigned>(base->getARCoefficients().size());
     *q = static_cast<unsigned>(base->getMACoefficients().size());
@@ -373,11 +424,64 @@ TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
 
     if (stage) stage("correlation");
     r.model = tracefit_correlation(marginal, request.model, &trace, request.orders);
+    // An AR root next to the unit circle that an MA root nearly cancels
+    // matches the lags fitted but lets the values drift far from the mean
+    // over a long run. Such a fit is made again with AR terms only, on the
+    // same marginal fitted anew (the first one now belongs to the model).
+    ARIMA* base = baseOf(r.model.get());
+    if (base != nullptr && !base->getMACoefficients().empty() && nearUnitRoot(*base) && request.orders.qMin == 0) {
+        libvelmora_infomsg("The base process nearly has a unit root that its MA part cancels; fitting AR orders only.");
+        TraceFitOrders arOnly = request.orders;
+        arOnly.qMax = 0;
+        TraceFitMarginal again = tracefit_marginal(data, request.marginal, request.phases);
+        r.model = tracefit_correlation(again, request.model, &trace, arOnly);
+    }
     r.modelClass = tracefit_model_class(r.model.get());
     r.hasOrders = tracefit_base_orders(r.model.get(), &r.p, &r.q);
     r.targets = trace.getAutocorrelations(1, lags);
     r.fitted = r.model->getAutocorrelations(1, lags);
     return r;
+}
+
+std::string tracefit_model_file_text(Process& model) {
+    FullPrecisionText exact;
+    const std::string text = processFileText(model, FORMAT_XML);
+    // The document's first element is the model; a second one (the capp
+    // that a chep's text carries behind its own) is left out.
+    const std::string head = "<velmora>\n<";
+    const std::string::size_type open = text.find(head);
+    const std::string::size_type tagEnd = open == std::string::npos ? open : text.find('>', open + head.size());
+    if (tagEnd == std::string::npos) fail(__LINE__, "The model's text holds no element.");
+    const std::string close = "</" + text.substr(open + head.size(), tagEnd - open - head.size()) + ">\n";
+    const std::string::size_type end = text.find(close, tagEnd);
+    if (end == std::string::npos) fail(__LINE__, "The model's text does not close its element.");
+    return text.substr(0, end + close.size()) + "</velmora>\n";
+}
+
+namespace {
+
+bool close(double got, double want, double scale) {
+    return std::fabs(got - want) <= 1e-9 * scale || (std::isnan(got) && std::isnan(want));
+}
+
+}  // namespace
+
+// Moments relative to their own size, autocorrelations relative to 1.
+void tracefit_check_model_file(Process& model, const std::string& file) {
+    XMLConfig document(file);
+    std::unique_ptr<Process> read(load_process(&document));
+    const std::vector<double> want = model.getMoments(1, 3), got = read->getMoments(1, 3);
+    for (std::size_t i = 0; i < want.size() && i < got.size(); ++i)
+        if (!close(got[i], want[i], std::fabs(want[i])))
+            fail(__LINE__, "The model file does not hold the fitted model: its moment " + std::to_string(i + 1) +
+                               " is " + formatNumber(got[i], "%.17g") + ", the fit's " +
+                               formatNumber(want[i], "%.17g") + ".");
+    const std::vector<double> wantAc = model.getAutocorrelations(1, 10), gotAc = read->getAutocorrelations(1, 10);
+    for (std::size_t i = 0; i < wantAc.size() && i < gotAc.size(); ++i)
+        if (!close(gotAc[i], wantAc[i], std::max(1.0, std::fabs(wantAc[i]))))
+            fail(__LINE__, "The model file does not hold the fitted model: its autocorrelation at lag " +
+                               std::to_string(i + 1) + " is " + formatNumber(gotAc[i], "%.17g") + ", the fit's " +
+                               formatNumber(wantAc[i], "%.17g") + ".");
 }
 
 }  // namespace velmora

@@ -134,6 +134,15 @@ struct TraceFitResult {
 TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
                         const std::function<void(const std::string&)>& stage = {});
 
+// The text of a model file holding the model alone (one model element) with
+// every number in full precision, so that the file reads back to the model.
+std::string tracefit_model_file_text(Process& model);
+
+// Reads the model file with the model readers and compares its moments 1-3
+// and autocorrelations at lags 1-10 with those of `model` (relative 1e-9);
+// throws, naming the first that differs, when they don't agree.
+void tracefit_check_model_file(Process& model, const std::string& file);
+
 }  // namespace velmora
 
 #endif
