@@ -64,16 +64,24 @@ std::string output_file_target(const std::string& path) {
     return target;
 }
 
+std::string output_file_refusal(const std::string& path, const std::vector<std::string>& inputs) {
+    struct stat st;
+    if (::stat(output_file_target(path).c_str(), &st) != 0) return "";
+    if (!S_ISREG(st.st_mode)) return kindOf(st.st_mode);
+    for (const std::string& input : inputs) {
+        struct stat in;
+        if (!input.empty() && ::stat(input.c_str(), &in) == 0 && in.st_dev == st.st_dev && in.st_ino == st.st_ino)
+            return "it is the input '" + input + "'";
+    }
+    return "";
+}
+
 std::string output_file_problem(const std::string& path, const std::vector<std::string>& inputs) {
+    const std::string refusal = output_file_refusal(path, inputs);
+    if (!refusal.empty()) return refusal;
     const std::string target = output_file_target(path);
     struct stat st;
     if (::stat(target.c_str(), &st) == 0) {
-        if (!S_ISREG(st.st_mode)) return kindOf(st.st_mode);
-        for (const std::string& input : inputs) {
-            struct stat in;
-            if (::stat(input.c_str(), &in) == 0 && in.st_dev == st.st_dev && in.st_ino == st.st_ino)
-                return "it is the input '" + input + "'";
-        }
         if (::access(target.c_str(), W_OK) != 0) return std::strerror(errno);
     } else if (errno != ENOENT) {
         return std::strerror(errno);

@@ -12,10 +12,15 @@
 
 namespace velmora {
 
-// What stops `path` from being written, as the end of a sentence ("it is a
-// directory", "it is a device", "it is a FIFO", "it is the input 'm.xml'",
-// "No such file or directory", ...), or "" when nothing does. Links are
+// What refuses `path` as an output ("it is a directory", "it is a device",
+// "it is a FIFO", "it is the input 'm.xml'", ...), or "" when it is a
+// regular file that is none of the inputs, or no file yet. Links are
 // followed; an output and an input are the same when they are the same file.
+std::string output_file_refusal(const std::string& path, const std::vector<std::string>& inputs);
+
+// What stops `path` from being written, as the end of a sentence ("it is a
+// directory", "No such file or directory", ...), or "" when nothing does:
+// the refusal above, or a file or folder that can't be written.
 std::string output_file_problem(const std::string& path, const std::vector<std::string>& inputs);
 
 // The file that a write to `path` changes: the end of its chain of symbolic

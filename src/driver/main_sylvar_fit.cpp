@@ -2,6 +2,7 @@
 // a model file that sylvar generates from. The report goes to standard
 // output; progress, the fitters' own lines and errors go to standard error.
 // Any failure ends the program with status 1 and leaves no model file.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -164,12 +165,11 @@ int run(const Options& o) {
     std::cout << fit_report(result, report) << std::flush;
     const std::string warning = fit_miss_warning(result, kMissWarning);
     if (!warning.empty()) std::cerr << "sylvar-fit: " << warning << std::endl;
-    if (!std::cout) throw Failure{"cannot write the report to standard output"};
+    if (!std::cout) throw Failure{"cannot write the report to standard output (the model file is written)"};
     return 0;
 }
 
-// One line, whatever the message holds.
-int fail(std::string message) {
+int fail(std::string message) {  // one line, whatever the message holds
     std::replace(message.begin(), message.end(), '\n', ' ');
     std::cerr << "sylvar-fit: " << message << std::endl;
     return 1;
@@ -185,6 +185,8 @@ int main(int argc, char** argv) {
             return std::cout ? 0 : fail("cannot write to standard output");
         }
     }
+    // Without standard output, a file opened later would take its place.
+    if (::fcntl(STDOUT_FILENO, F_GETFD) == -1) return fail("standard output is closed");
     try {
         return run(parseArguments(argc, argv));
     } catch (Failure& f) {
