@@ -12,6 +12,7 @@
 #include "config/conf.h"
 
 #include "traces/trace.h"
+#include "traces/trace_read.h"
 #include "traces/trace_mc.h"
 #include "traces/trace_summary.h"
 

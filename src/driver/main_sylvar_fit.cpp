@@ -21,6 +21,7 @@
 #include "fitting/tracefit.h"
 #include "reporting/fit_report.h"
 #include "traces/trace.h"
+#include "traces/trace_read.h"
 
 using namespace velmora;
 
@@ -121,7 +122,7 @@ private:
 // What a stage does, and what its failure is called.
 std::pair<std::string, std::string> stageTexts(const Options& o, const std::string& stage) {
     const std::string& m = o.request.marginal;
-    if (stage == "read") return {"reading the trace " + o.trace, "cannot read the trace '" + o.trace + "': "};
+    if (stage == "read") return {"reading the trace " + o.trace, "cannot read the trace: "};
     if (stage == "marginal")
         return {m.empty() ? "choosing the marginal family by AIC" : "fitting the marginal (" + m + ")",
                 "the marginal fit failed: "};
@@ -147,8 +148,7 @@ int run(const Options& o) {
     try {
         ProgressBuffer progress(o);
         stage("read");
-        Trace trace;
-        trace.load(o.trace, o.traceFormat);
+        Trace trace(read_trace_values(o.trace, o.traceFormat));
         result = tracefit(trace, o.request, stage);
         if (!o.plot.empty()) {
             stage("plots");

@@ -151,6 +151,21 @@ void normaliseMixture(Dist* d) {
     }
 }
 
+// Values whose first three moments overflow leave nothing to fit: every
+// fit and every autocorrelation of them is infinite or NaN.
+void checkMoments(const std::vector<double>& data) {
+    double s1 = 0, s2 = 0, s3 = 0, largest = 0;
+    for (double x : data) {
+        s1 += x;
+        s2 += x * x;
+        s3 += x * x * x;
+        largest = std::max(largest, std::fabs(x));
+    }
+    if (!std::isfinite(s1) || !std::isfinite(s2) || !std::isfinite(s3))
+        fail(__LINE__, "The values are too large: their moments overflow (the largest is " +
+                           formatNumber(largest, "%g") + ").");
+}
+
 }  // namespace
 
 tracefit_model tracefit_model_from_name(const std::string& name) {
@@ -193,6 +208,7 @@ std::string TraceFitMarginal::parameterText() const {
 // file.
 TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& request, unsigned phases) {
     distfit::check_values(data, "the trace", false);
+    checkMoments(data);
     if (request.empty()) {
         distfit::Selection s = distfit::best_family(data, tracefit_default_families(), phases);
         TraceFitMarginal m;

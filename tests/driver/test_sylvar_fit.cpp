@@ -72,8 +72,8 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
     struct Case { std::string arguments, error; } cases[] = {
         {"", "no trace given (-trace=FILE; see sylvar-fit --help)"},
         {"-trace=" + trace, "no model file given (-out=FILE; see sylvar-fit --help)"},
-        {"-trace=" + missing + " -out=" + out, "cannot read the trace '" + missing + "': Cannot open file."},
-        {"-trace=" + shortTrace + " -out=" + out, "cannot read the trace '" + shortTrace + "': The trace holds 5 values; 10 lags need at least 12."},
+        {"-trace=" + missing + " -out=" + out, "cannot read the trace: " + missing + ": No such file or directory."},
+        {"-trace=" + shortTrace + " -out=" + out, "cannot read the trace: The trace holds 5 values; 10 lags need at least 12."},
         {t + " -marginal=gama",
          "the marginal fit failed: Unknown marginal 'gama': neither a distribution family nor a model file."},
         {t + " -model=arma", "Unknown model class 'arma' (choose auto, arta, capp, chep or map)."},
