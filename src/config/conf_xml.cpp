@@ -174,10 +174,16 @@ void XMLElement::addChildElement(XMLElement* child) {
 XMLConfig::XMLConfig(std::string file) {
     std::ifstream in(file.c_str());
     if (!in.is_open()) throw Exception("conf", __LINE__, "Cannot open file.");
-    // Lines are joined with nothing between them.
+    // Lines are joined with nothing between them where a tag ends or
+    // begins, and with a blank inside text, so that the rows of a matrix
+    // need no blank at their ends. A CR before the line end is dropped.
     std::string text;
     std::string line;
-    while (std::getline(in, line)) text += line;
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (!text.empty() && !line.empty() && text.back() != '>' && line.front() != '<') text += ' ';
+        text += line;
+    }
     root.reset(parseXML(text, nullptr));
 }
 

@@ -150,7 +150,8 @@ std::vector<std::string> fit_plots(const std::string& base, Trace& trace, const 
     Plotter::plot_autocorrelations(list, 1, lags, base + "_acf", "png", 2, "");
     Plotter::plot_cdf(list, base + "_cdf", "png", lower, upper, 2, "");
     for (const std::string& f : files)
-        if (!madeFile(f)) throw Exception("fit_report", __LINE__, "gnuplot did not make " + f + " (is gnuplot installed?)");
+        if (!madeFile(f))
+            throw Exception("fit_report", __LINE__, "gnuplot did not make " + f + " (is gnuplot installed?)");
     return files;
 }
 
