@@ -17,7 +17,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/output_file.h"
 #include "core/stage_timer.h"
-#include "driver/sylvar_fit_usage.h"
+#include "driver/sylvar_fit_usage.inc"
 #include "fitting/tracefit.h"
 #include "reporting/fit_report.h"
 #include "traces/trace.h"

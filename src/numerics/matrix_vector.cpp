@@ -189,7 +189,6 @@ std::string generator_problem(const Matrix& Q, const Matrix* D1, bool sub, doubl
             const double q = Q(i, j);
             const double d = D1 != nullptr ? (*D1)(i, j) : 0.0;
             if (!std::isfinite(q) || !std::isfinite(d)) return row + " holds a value that is not finite";
-            if (i == j && !(q < 0)) return row + " of " + name + " has a diagonal entry that is not negative";
             if (i != j && q < 0) return row + " of " + name + " has a negative entry off the diagonal";
             if (d < 0) return row + " of " + name1 + " has a negative entry";
             sum += q + d;
