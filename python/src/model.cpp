@@ -131,7 +131,7 @@ void save(Model& self, py::handle path) {
 }
 
 std::string to_xml(Model& self) {
-    return with_process(self, [](Process& p) { return velmora::processDocument(p); });
+    return with_process(self, [](Process& p) { return velmora::processFileText(p, velmora::FORMAT_XML); });
 }
 
 std::string summary(Model& self) {

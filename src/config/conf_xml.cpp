@@ -174,11 +174,17 @@ void XMLElement::addChildElement(XMLElement* child) {
 
 namespace {
 
-// Lines are joined with nothing between them.
+// Lines are joined with nothing between them where a tag ends or begins,
+// and with a blank inside text, so that the rows of a matrix need no blank
+// at their ends. A CR before the line end is dropped.
 std::string joinedLines(std::istream& in) {
     std::string text;
     std::string line;
-    while (std::getline(in, line)) text += line;
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '') line.pop_back();
+        if (!text.empty() && !line.empty() && text.back() != '>' && line.front() != '<') text += ' ';
+        text += line;
+    }
     return text;
 }
 

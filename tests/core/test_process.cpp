@@ -97,7 +97,7 @@ TEST(ProcessFiles, TheDocumentTextIsTheSavedFileAndReadsBackToTheModel) {
     map->save(file, FORMAT_XML);
     std::ifstream in(file);
     const std::string saved((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(processDocument(*map), saved);
+    EXPECT_EQ(processFileText(*map, FORMAT_XML), saved);
     std::unique_ptr<XMLConfig> again = XMLConfig::fromText(saved);
     std::unique_ptr<Process> copy(load_process(again.get()));
     EXPECT_EQ(copy->toString(FORMAT_XML), map->toString(FORMAT_XML));
