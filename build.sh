@@ -2,6 +2,7 @@
 # Builds velmora, sylvar and sylvar-fit, then runs the example model or the test suite.
 #   bash build.sh example   generate a trace from examples/map.xml and print the summaries
 #   bash build.sh test      build with warnings as errors and run every test
+#   bash build.sh python    build the Python module and run its tests only
 #   bash build.sh tsan      build the fitting tests under ThreadSanitizer and run the concurrent fits
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -9,6 +10,9 @@ cd "$(dirname "$0")"
 packages="cmake ninja-build g++ libgtest-dev libbenchmark-dev gnuplot-nox"
 # The install test builds examples/consumer with pkg-config's flags as well.
 packages="$packages pkg-config"
+# The Python module, its tests and the Dask example, for Debian's python3.
+packages="$packages python3-dev python3-numpy pybind11-dev python3-pybind11 python3-pytest python3-distributed"
+packages="$packages python3-setuptools python3-wheel python3-pip python3-venv"
 missing=""
 for p in $packages; do
     dpkg -s "$p" >/dev/null 2>&1 || missing="$missing $p"
@@ -33,6 +37,11 @@ test)
     cmake --build build -j "$jobs"
     ctest --test-dir build --output-on-failure -j "$jobs"
     ;;
+python)
+    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON -DVELMORA_BENCH=ON >/dev/null
+    cmake --build build --target velmora_python sylvar -j "$jobs"
+    ctest --test-dir build --output-on-failure -R '^python_module$'
+    ;;
 sanitize)
     cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_WERROR=ON \
         -DVELMORA_SANITIZE=ON >/dev/null
@@ -50,7 +59,7 @@ tsan)
         ctest --test-dir build-tsan --output-on-failure -R '^ConcurrentFits\.'
     ;;
 *)
-    echo "usage: bash build.sh [example|test|sanitize|tsan]" >&2
+    echo "usage: bash build.sh [example|test|python|sanitize|tsan]" >&2
     exit 2
     ;;
 esac

@@ -5,11 +5,14 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "core/output_file.h"
 #include "core/process_files.h"
+#include "core/stage_timer.h"
 
 #include "config/conf.h"
 
 #include "traces/trace.h"
+#include "traces/trace_read.h"
 #include "traces/trace_mc.h"
 #include "traces/trace_summary.h"
 
@@ -75,6 +78,7 @@
 #include "fitting/mmepfit.h"
 #include "fitting/tracefit.h"
 
+#include "reporting/fit_report.h"
 #include "reporting/plotter.h"
 
 #include "reporting/import_export.h"

@@ -25,6 +25,8 @@ public:
     double getValueAsDouble(std::string key);
     int getValueAsInt(std::string key);
     Matrix getValueAsMatrix(std::string key);
+    // The keys held, in lower case and sorted.
+    std::vector<std::string> getKeys() const;
 
     // Stores the key as given, without lowercasing it.
     void setValue(std::string key, std::string value, bool overwrite);
@@ -64,6 +66,8 @@ class XMLConfig {
 public:
     explicit XMLConfig(std::string file);
     XMLConfig(const XMLConfig&) = delete;
+    // A document from its text, read as a file of that text would be.
+    static std::unique_ptr<XMLConfig> fromText(const std::string& text);
     XMLConfig& operator=(const XMLConfig&) = delete;
 
     XMLElement* getDocumentRoot();
@@ -72,6 +76,7 @@ public:
     static std::vector<std::pair<std::string, std::string>> splitXML(std::string text);
 
 private:
+    XMLConfig() = default;
     std::unique_ptr<XMLElement> root;
 };
 

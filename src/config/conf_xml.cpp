@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -171,14 +172,35 @@ void XMLElement::addChildElement(XMLElement* child) {
     children.push_back(std::move(owned));
 }
 
+namespace {
+
+// Lines are joined with nothing between them where a tag ends or begins,
+// and with a blank inside text, so that the rows of a matrix need no blank
+// at their ends. A CR before the line end is dropped.
+std::string joinedLines(std::istream& in) {
+    std::string text;
+    std::string line;
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '') line.pop_back();
+        if (!text.empty() && !line.empty() && text.back() != '>' && line.front() != '<') text += ' ';
+        text += line;
+    }
+    return text;
+}
+
+}  // namespace
+
 XMLConfig::XMLConfig(std::string file) {
     std::ifstream in(file.c_str());
     if (!in.is_open()) throw Exception("conf", __LINE__, "Cannot open file.");
-    // Lines are joined with nothing between them.
-    std::string text;
-    std::string line;
-    while (std::getline(in, line)) text += line;
-    root.reset(parseXML(text, nullptr));
+    root.reset(parseXML(joinedLines(in), nullptr));
+}
+
+std::unique_ptr<XMLConfig> XMLConfig::fromText(const std::string& text) {
+    std::istringstream in(text);
+    std::unique_ptr<XMLConfig> document(new XMLConfig());
+    document->root.reset(parseXML(joinedLines(in), nullptr));
+    return document;
 }
 
 XMLElement* XMLConfig::getDocumentRoot() { return root.get(); }

@@ -5,7 +5,11 @@
 // in the rows' order, and the first tag present decides.
 #include "distributions/dist_load.h"
 
+#include <cmath>
+#include <cstdlib>
+#include <sstream>
 #include <string>
+#include <utility>
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
@@ -64,6 +68,47 @@ const FamilyReaders families[] = {
     {DIST_CHISQUARE, "chisquaredist", ChiSquare::fromConfig, ChiSquare::fromXML},
 };
 
+// The parameters that must be positive, by family tag and element; every
+// other numeric parameter must be finite.
+const std::pair<const char*, const char*> positive[] = {
+    {"expodist", "mean"},       {"erlangdist", "rate"},       {"erlangdist", "phases"},
+    {"gammadist", "shape"},     {"gammadist", "scale"},       {"weibulldist", "shape"},
+    {"weibulldist", "scale"},   {"lognormaldist", "sigma"},   {"normaldist", "std"},
+    {"chisquaredist", "deg"},   {"hypererlangdist", "rates"}, {"hypererlangdist", "phases"},
+    {"johnsondist", "scale"},
+};
+
+bool mustBePositive(const std::string& family, const std::string& parameter) {
+    for (const auto& p : positive)
+        if (family == p.first && parameter == p.second) return true;
+    return false;
+}
+
+// Before a family is built from its element: each number of each parameter
+// element must be finite (text that is no number reads as 0 elsewhere, and
+// is refused here), and positive where the family needs it. Johnson's
+// <type> is a name, not a number.
+void checkParameters(XMLElement* family) {
+    const std::string tag = family->getTag();
+    for (XMLElement* child : family->getChildElements()) {
+        const std::string name = child->getTag();
+        if (tag == "johnsondist" && name == "type") continue;
+        std::istringstream in(child->getValue());
+        for (std::string token; in >> token;) {
+            char* end = nullptr;
+            const double v = std::strtod(token.c_str(), &end);
+            std::string problem;
+            if (end == token.c_str() || *end != '\0' || !std::isfinite(v))
+                problem = "is not a finite number";
+            else if (mustBePositive(tag, name) && !(v > 0))
+                problem = "must be positive";
+            if (!problem.empty())
+                throw Exception("dist", __LINE__, "The value '" + token + "' of <" + name + "> in <" + tag + "> " +
+                                                      problem + ".");
+        }
+    }
+}
+
 }  // namespace
 
 Dist* loadDistribution(Config* c) {
@@ -88,6 +133,7 @@ Dist* loadDistribution(XMLElement* e) {
         if (family.tag == nullptr) continue;
         XMLElement* element = e->getChildElement(family.tag);
         if (element == nullptr) continue;
+        checkParameters(element);
         return family.fromXML(element);
     }
     throw Exception("dist", __LINE__, "Unsupported distribution.");

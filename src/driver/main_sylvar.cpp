@@ -8,6 +8,7 @@
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
+#include "core/output_file.h"
 #include "core/process.h"
 #include "traces/trace.h"
 
@@ -51,10 +52,12 @@ int main(int argc, char** argv) {
         // Without paramfile or model there is no document: load_process then
         // refuses the run with "Error loading model.".
         std::unique_ptr<XMLConfig> document;
+        std::string modelFile;
         if (config->existsKey("paramfile"))
-            document.reset(new XMLConfig(config->getValue("paramfile")));
+            modelFile = config->getValue("paramfile");
         else if (config->existsKey("model"))
-            document.reset(new XMLConfig(config->getValue("model")));
+            modelFile = config->getValue("model");
+        if (!modelFile.empty()) document.reset(new XMLConfig(modelFile));
         std::unique_ptr<Process> process(load_process(document.get()));
         document.reset();
 
@@ -69,6 +72,11 @@ int main(int argc, char** argv) {
             sylvar_print_help();
             return 0;
         }
+        // A device, FIFO or directory, or the model file itself, is never
+        // (over)written; a link is written through.
+        const std::string refusal = output_file_refusal(trace, {modelFile});
+        if (!refusal.empty())
+            throw Exception("main_sylvar", __LINE__, "Cannot write the trace file '" + trace + "': " + refusal + ".");
 
         std::unique_ptr<Trace> generated(process->simulate(stop, observations, time, seed));
         generated->save(trace, traceFormat);

@@ -8,6 +8,7 @@
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
 #include "numerics/jump_chain.h"
 #include "numerics/misc_math.h"
 #include "numerics/misc_util.h"
@@ -56,6 +57,13 @@ void CPH::load(XMLElement* element) {
 
     T = square_matrix_from_list(d0->getValue());
     tau = Vector(Matrix(pi->getValue()).getRow(0), true);
+    // T a sub-generator within 1e-9, tau of finite non-negative entries.
+    std::string problem = generator_problem(T, nullptr, true, 1e-9, "d0", "");
+    for (unsigned i = 0; problem.empty() && i < tau.getNumberEntries(); ++i)
+        if (!(tau(i) >= 0) || !std::isfinite(tau(i)))
+            problem = "entry " + std::to_string(i + 1) + " of pi is " + velmora::toString(tau(i));
+    if (!problem.empty())
+        throw Exception("cph", __LINE__, "The ph element is no phase-type distribution: " + problem + ".");
 }
 
 std::string CPH::toString(format f) {

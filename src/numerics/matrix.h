@@ -232,6 +232,14 @@ void row_times_matrix(const double* v, const Matrix& P, double* out);
 // ("Invalid matrix dimensions.").
 Matrix square_matrix_from_list(const std::string& text);
 
+// What keeps `Q` (plus `D1`, when given) from being a generator of a Markov
+// chain within `tol` (each row sum at most tol times its diagonal), or ""
+// when nothing does: entries that are not finite, an off-diagonal entry or
+// an entry of D1 below 0, or a row that sums above 0 (`sub`: a sub-generator, whose rows may sum below 0)
+// or away from 0. `name` and `name1` name the matrices in the text.
+std::string generator_problem(const Matrix& Q, const Matrix* D1, bool sub, double tol, const std::string& name,
+                              const std::string& name1);
+
 }  // namespace velmora
 
 #endif

@@ -163,12 +163,41 @@ void row_times_matrix(const double* v, const Matrix& P, double* out) {
 }
 
 Matrix square_matrix_from_list(const std::string& text) {
-    std::vector<std::string> pieces = splitString(text, ' ');
+    // Any blanks, tabs or line ends (CRLF too) separate the entries.
     std::vector<double> values;
-    values.reserve(pieces.size());
-    for (const std::string& piece : pieces) values.push_back(toDouble(piece));
+    std::string::size_type at = 0;
+    const char* const blanks = " \t\n\r\v\f";
+    while ((at = text.find_first_not_of(blanks, at)) != std::string::npos) {
+        const std::string::size_type end = text.find_first_of(blanks, at);
+        values.push_back(toDouble(text.substr(at, end == std::string::npos ? end : end - at)));
+        at = end;
+    }
     const unsigned order = static_cast<unsigned>(std::sqrt(static_cast<double>(values.size())));
     return Matrix(values, order, order, true);
+}
+
+std::string generator_problem(const Matrix& Q, const Matrix* D1, bool sub, double tol, const std::string& name,
+                              const std::string& name1) {
+    const unsigned n = Q.getNumberRows();
+    if (n == 0 || Q.getNumberCols() != n) return name + " is not square";
+    if (D1 != nullptr && (D1->getNumberRows() != n || D1->getNumberCols() != n))
+        return name1 + " is not of the order of " + name;
+    for (unsigned i = 0; i < n; ++i) {
+        double sum = 0;
+        const std::string row = "row " + std::to_string(i + 1);
+        for (unsigned j = 0; j < n; ++j) {
+            const double q = Q(i, j);
+            const double d = D1 != nullptr ? (*D1)(i, j) : 0.0;
+            if (!std::isfinite(q) || !std::isfinite(d)) return row + " holds a value that is not finite";
+            if (i != j && q < 0) return row + " of " + name + " has a negative entry off the diagonal";
+            if (d < 0) return row + " of " + name1 + " has a negative entry";
+            sum += q + d;
+        }
+        const double slack = tol * std::fabs(Q(i, i));
+        if (sum > slack || (!sub && sum < -slack))
+            return row + " of " + (D1 != nullptr ? name + " + " + name1 : name) + " sums to " + toString(sum);
+    }
+    return "";
 }
 
 }  // namespace velmora

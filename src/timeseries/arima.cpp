@@ -4,6 +4,7 @@
 #include "timeseries/arima.h"
 #include "core/process_files.h"
 
+#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -133,10 +134,29 @@ void ARIMA::load(XMLElement* element) {
     if (XMLElement* child = element->getChildElement("ma")) ma = parseCoefficients(child->getValue());
     if (XMLElement* child = element->getChildElement("mean")) mean = toDouble(child->getValue());
     if (XMLElement* child = element->getChildElement("variance")) variance = toDouble(child->getValue());
+    checkRunnable();
+}
+
+// A model read from a file must be able to generate: finite parameters, a
+// positive noise variance and, without differencing, a stationary AR part
+// (otherwise the values grow without bound).
+void ARIMA::checkRunnable() const {
+    auto fail = [](const std::string& what) {
+        throw Exception("arima", __LINE__, "The arima element cannot generate: " + what + ".");
+    };
+    for (double c : ar)
+        if (!std::isfinite(c)) fail("an AR coefficient is not finite");
+    for (double c : ma)
+        if (!std::isfinite(c)) fail("an MA coefficient is not finite");
+    if (!std::isfinite(d) || !std::isfinite(mean)) fail("<d> and <mean> must be finite");
+    if (!(variance > 0) || !std::isfinite(variance)) fail("<variance> must be positive and finite");
+    if (d == 0 && !isStationary())
+        fail("its AR part is not stationary (a root of the AR polynomial lies on or inside the unit circle)");
 }
 
 std::string ARIMA::toString(format f) {
     std::ostringstream out;
+    if (FullPrecisionText::active()) out.precision(FullPrecisionText::kDigits);
     if (f == FORMAT_CONFIG) {
         out << "model = f-arima\n";
         out << "class = " << getClass() << "\n";

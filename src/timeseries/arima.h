@@ -80,6 +80,9 @@ public:
     std::pair<double, double> compute_mean_and_variance() const;
     // All roots of 1 - phi_1 z - ... - phi_p z^p strictly outside the unit circle.
     bool isStationary() const;
+    // Throws, naming what is wrong, unless the model can generate: finite
+    // parameters, positive noise variance, a stationary AR part when d = 0.
+    void checkRunnable() const;
     // gamma(0) to gamma(h).
     std::vector<double> computeAutocovariances(unsigned h) const;
     // rho(0) to rho(h); pure fractional noise (p = q = 0, d >= 0) is allowed.

@@ -143,6 +143,8 @@ void Trace::save(std::string file, bool traceFormat) {
     out.write(buffer.get(), p - buffer.get());
     out.flush();
     out.close();
+    // A full disk or a failing device shows only here.
+    if (!out) throw Exception("trace", __LINE__, "Cannot write file.");
 }
 
 void Trace::save(std::string file, format) { save(file, false); }

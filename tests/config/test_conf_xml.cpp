@@ -11,7 +11,8 @@ std::unique_ptr<XMLElement> parse(const std::string& text) {
 std::string parseMessage(const std::string& text) { return messageOf([&] { parse(text); }, "conf"); }
 }  // namespace
 
-TEST(XMLConfig, ReadsElementsValuesAndJoinsLinesWithoutSeparator) {
+// Lines join with nothing at tags and with a blank inside text.
+TEST(XMLConfig, ReadsElementsValuesAndJoinsTextLinesWithABlank) {
     XMLConfig document(writeFile("x1.xml",
                                 "<?xml version=\"1.0\"?>\n<!-- a model -->\n<velmora>\n <map>\n  <d0>1 2\n3 4</d0>\n"
                                 "  <d1> 5 </d1>\n </map>\n</velmora>\n"));
@@ -19,7 +20,7 @@ TEST(XMLConfig, ReadsElementsValuesAndJoinsLinesWithoutSeparator) {
     EXPECT_EQ(root->getTag(), "velmora");
     XMLElement* map = root->getChildElement("map");
     ASSERT_NE(map, nullptr);
-    EXPECT_EQ(map->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(map->getChildElement("d0")->getValue(), "1 2 3 4");
     EXPECT_EQ(map->getChildElement("d1")->getValue(), "5");
     EXPECT_EQ(map->getChildElements().size(), 2u);
     EXPECT_EQ(root->getChildElement("Map"), nullptr);
@@ -90,4 +91,15 @@ TEST(XMLConfig, MalformedDocumentsAndMissingFilesAreRefusedDeepOrHugeOnesRead) {
     for (int i = 0; i < 100000; ++i) junk += static_cast<char>((i * 131) % 256);
     std::string message = parseMessage(junk);
     EXPECT_TRUE(message == "XML parse error." || message == "no failure");
+}
+
+TEST(XMLConfig, TextReadsAsTheSameFileWould) {
+    const std::string text = "<?xml version=\"1.0\"?>\n<velmora>\n <map>\n  <d0>1 2\n3 4</d0>\n </map>\n</velmora>\n";
+    XMLConfig fromFile(writeFile("x_text.xml", text));
+    std::unique_ptr<XMLConfig> fromText = XMLConfig::fromText(text);
+    EXPECT_EQ(fromText->getDocumentRoot()->getTag(), "velmora");
+    EXPECT_EQ(model_element(fromText.get(), "map")->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(model_element(&fromFile, "map")->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(messageOf([] { XMLConfig::fromText("<velmora><map>"); }, "conf"),
+              messageOf([] { XMLConfig(writeFile("x_bad.xml", "<velmora><map>")); }, "conf"));
 }

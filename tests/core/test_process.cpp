@@ -1,5 +1,10 @@
+#include <fstream>
+#include <iterator>
+#include <memory>
+
 #include "config/conf.h"
 #include "core/process.h"
+#include "core/process_files.h"
 #include "support/test_support.h"
 
 using namespace velmora;
@@ -82,4 +87,18 @@ TEST(LoadProcessConfig, EachModelKeyBuildsItsClassFromKeyValueText) {
     ordered.setValue("arta", writeFile("a.txt", "x = 1\n"), true);
     failureOf([&] { delete load_process(&ordered); });
     EXPECT_EQ(ordered.getValue("model"), "arta");
+}
+
+TEST(ProcessFiles, TheDocumentTextIsTheSavedFileAndReadsBackToTheModel) {
+    std::unique_ptr<XMLConfig> source = XMLConfig::fromText(
+        "<velmora><map><states>2</states><d0>-2 1 0 -1</d0><d1>1 0 0.5 0.5</d1></map></velmora>");
+    std::unique_ptr<Process> map(load_process(source.get()));
+    const std::string file = tempPath("document.xml");
+    map->save(file, FORMAT_XML);
+    std::ifstream in(file);
+    const std::string saved((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(processFileText(*map, FORMAT_XML), saved);
+    std::unique_ptr<XMLConfig> again = XMLConfig::fromText(saved);
+    std::unique_ptr<Process> copy(load_process(again.get()));
+    EXPECT_EQ(copy->toString(FORMAT_XML), map->toString(FORMAT_XML));
 }

@@ -1,4 +1,7 @@
 // Runs the sylvar program itself and checks what it prints.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "config/conf.h"
 #include "core/process.h"
 #include "support/test_support.h"
@@ -119,4 +122,94 @@ TEST(Sylvar, GeneratedTracesReproduceTheModelsStatistics) {
         for (unsigned l = 0; l < c.lags; ++l)
             EXPECT_NEAR(sample[l], expected[l], c.correlationTolerance) << c.model << " lag " << l + 1;
     }
+}
+
+// Models that cannot mean anything are refused before anything is drawn,
+// naming the element; the trace file is not written.
+TEST(Sylvar, ModelsThatCannotRunAreRefusedNamingTheElement) {
+    const std::string map = readFile(modelPath("map.xml"));
+    auto dist = [](const std::string& family) {
+        return "<velmora><dist><" + family + "</dist></velmora>";
+    };
+    auto replaced = [](std::string text, const std::string& from, const std::string& to) {
+        return text.replace(text.find(from), from.size(), to);
+    };
+    struct Case { std::string model, expected; } cases[] = {
+        {dist("expodist><mean>nan</mean></expodist>"),
+         failure("dist", "The value 'nan' of <mean> in <expodist> is not a finite number.")},
+        {dist("expodist><mean>abc</mean></expodist>"),
+         failure("dist", "The value 'abc' of <mean> in <expodist> is not a finite number.")},
+        {dist("expodist><mean>0</mean></expodist>"),
+         failure("dist", "The value '0' of <mean> in <expodist> must be positive.")},
+        {dist("chisquaredist><deg>-1</deg></chisquaredist>"),
+         failure("dist", "The value '-1' of <deg> in <chisquaredist> must be positive.")},
+        {replaced(readFile(modelPath("arta.xml")), "<ar>0.5 0.2 </ar>", "<ar>1.5 </ar>"),
+         failure("arima", "The arima element cannot generate: its AR part is not stationary (a root of the AR "
+                          "polynomial lies on or inside the unit circle).")},
+        {replaced(map, "<d1>2.7", "<d1>-2.7"),
+         failure("maps", "The map element is no Markovian arrival process: row 1 of d1 has a negative entry.")},
+        {replaced(map, "<d1>2.7", "<d1>2.6"),
+         failure("maps", "The map element is no Markovian arrival process: row 1 of d0 + d1 sums to -0.1.")},
+        {"<velmora><ph><d0>-1 2 0 -1</d0><pi>1 0</pi></ph></velmora>",
+         failure("cph", "The ph element is no phase-type distribution: row 1 of d0 sums to 1.")},
+    };
+    const std::string trace = tempPath("refused_trace.txt");
+    for (const Case& c : cases) {
+        std::remove(trace.c_str());
+        const std::string model = writeFile("refused.xml", c.model);
+        SylvarRun run = runSylvar("-model=" + model + " -trace=" + trace);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(withoutLineNumber(run.out), c.expected) << c.model;
+        EXPECT_FALSE(std::ifstream(trace).good()) << c.model;
+    }
+}
+
+// Tabs, rows without a closing blank and CRLF line ends read as the
+// example does: the same trace.
+TEST(Sylvar, MatrixTextTakesAnyWhitespaceAndCrlfFiles) {
+    const std::string map = readFile(modelPath("map.xml"));
+    std::string tabs = map, bare, crlf;
+    for (char& c : tabs)
+        if (c == ' ') c = '\t';
+    for (std::size_t i = 0; i < map.size(); ++i) {
+        if (map[i] == ' ' && i + 1 < map.size() && map[i + 1] == '\n') continue;
+        bare += map[i];
+        crlf += map[i] == '\n' ? std::string("\r\n") : std::string(1, map[i]);
+    }
+    const std::string expected = tempPath("ws_expected.txt");
+    runSylvar("-model=" + modelPath("map.xml") + " -trace=" + expected + " -seed=3");
+    for (const std::string& text : {tabs, bare, crlf}) {
+        const std::string got = tempPath("ws_got.txt");
+        SylvarRun run = runSylvar("-model=" + writeFile("ws.xml", text) + " -trace=" + got + " -seed=3");
+        EXPECT_EQ(readFile(got), readFile(expected)) << run.out;
+    }
+}
+
+// A device, FIFO or directory is refused, the model itself is never
+// overwritten, and a link is written through.
+TEST(Sylvar, TheTraceIsWrittenToRegularFilesOnly) {
+    const std::string model = writeFile("self.xml", readFile(modelPath("map.xml")));
+    const std::string fifo = tempPath("trace_fifo");
+    std::remove(fifo.c_str());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    struct Case { std::string trace, refusal; } cases[] = {
+        {"/dev/full", "it is a device"},
+        {fifo, "it is a FIFO"},
+        {testing::TempDir(), "it is a directory"},
+        {model, "it is the input '" + model + "'"},
+    };
+    for (const Case& c : cases) {
+        SylvarRun run = runSylvar("-model=" + model + " -trace=" + c.trace);
+        EXPECT_NE(run.out.find("Cannot write the trace file '" + c.trace + "': " + c.refusal + "."), std::string::npos)
+            << run.out;
+    }
+    EXPECT_EQ(readFile(model), readFile(modelPath("map.xml")));
+    const std::string target = writeFile("link_target.txt", "");
+    const std::string link = tempPath("trace_link.txt");
+    std::remove(link.c_str());
+    ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
+    runSylvar("-model=" + model + " -trace=" + link + " -observations=5");
+    EXPECT_EQ(lines(target).size(), 5u);
+    std::remove(fifo.c_str());
+    std::remove(link.c_str());
 }

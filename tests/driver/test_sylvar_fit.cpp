@@ -1,5 +1,8 @@
 // Runs sylvar-fit on traces that sylvar generated and checks the road back.
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 
 #include "support/test_support.h"
 #include "traces/trace.h"
@@ -72,15 +75,15 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
     struct Case { std::string arguments, error; } cases[] = {
         {"", "no trace given (-trace=FILE; see sylvar-fit --help)"},
         {"-trace=" + trace, "no model file given (-out=FILE; see sylvar-fit --help)"},
-        {"-trace=" + missing + " -out=" + out, "cannot read the trace '" + missing + "'"},
-        {"-trace=" + shortTrace + " -out=" + out, "the trace '" + shortTrace + "' holds 5 values; 10 lags need at least 12"},
+        {"-trace=" + missing + " -out=" + out, "cannot read the trace: " + missing + ": No such file or directory."},
+        {"-trace=" + shortTrace + " -out=" + out, "cannot read the trace: The trace holds 5 values; 10 lags need at least 12."},
         {t + " -marginal=gama",
          "the marginal fit failed: Unknown marginal 'gama': neither a distribution family nor a model file."},
-        {t + " -model=arma", "unknown model class 'arma' (choose auto, arta, capp, chep or map)"},
+        {t + " -model=arma", "Unknown model class 'arma' (choose auto, arta, capp, chep or map)."},
         {t + " -marginal=" + noModel, "the marginal fit failed: The file '" + noModel + "' holds no dist or ph model."},
         {"-trace=" + trace + " -out=/nonexistent-dir/m.xml",
          "cannot write the model file '/nonexistent-dir/m.xml': No such file or directory"},
-        {"-trace=" + trace + " -out=" + trace, "the model file '" + trace + "' is the trace itself"},
+        {"-trace=" + trace + " -out=" + trace, "cannot write the model file '" + trace + "': it is the input '" + trace + "'"},
         {"-trace=" + trace + " -out=" + testing::TempDir(),
          "cannot write the model file '" + testing::TempDir() + "': it is a directory"},
         {t + " -model=chep -marginal=gamma", "the correlation fit failed: Model chep needs a hyper-Erlang marginal "
@@ -94,7 +97,7 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
         {t + " -phases=14", "-phases must be a whole number from 1 to 13, not '14'"},
         {t + " -pmin=4", "-pmin is above -pmax"},
         {t + " -seed=1", "unknown option -seed (see sylvar-fit --help)"},
-        {t + " trace", "invalid argument 'trace' (arguments are -key=value; see sylvar-fit --help)"},
+        {t + " trace", "Invalid command line parameter. Arguments are -key=value; see sylvar-fit --help"},
     };
     for (const Case& c : cases) {
         SylvarFitRun run = runSylvarFit(c.arguments);
@@ -121,4 +124,90 @@ TEST(SylvarFit, HelpGoesToStandardOutput) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out.rfind("Usage: sylvar-fit -trace=FILE -out=MODEL.xml [options]\n", 0), 0u) << run.out;
     EXPECT_EQ(run.err, "");
+}
+
+namespace {
+// The values of a trace file times a factor, written with full precision.
+std::string scaled(const std::string& trace, double factor, const std::string& name) {
+    Trace t(trace, false);
+    std::string text;
+    char line[40];
+    for (unsigned i = 0; i < t.getSize(); ++i) {
+        std::snprintf(line, sizeof line, "%.17g\n", t.getElement(i) * factor);
+        text += line;
+    }
+    return writeFile(name, text);
+}
+
+// 2000 gamma(2, 1.5) values of the library's own generator.
+std::string gammaTrace(unsigned seed) {
+    const std::string model = writeFile("fit_gamma.xml", "<velmora><dist><gammadist><shape>2</shape><scale>1.5"
+                                                         "</scale></gammadist></dist></velmora>");
+    const std::string path = tempPath("fit_gamma_" + std::to_string(seed) + ".txt");
+    runSylvar("-model=" + model + " -trace=" + path + " -observations=2000 -seed=" + std::to_string(seed));
+    return path;
+}
+}  // namespace
+
+// Each file runs in sylvar as fitted: mean within 1.5 % of the trace's and
+// lag 1 within 0.01 of the fitted model's on 200 000 values, whatever the
+// unit of the trace; the file holds the model alone, in full precision.
+TEST(SylvarFit, FilesRunAsFittedInAnyUnit) {
+    const std::string chep = generate(example("chep.xml"), "fit_unit.txt", 4);
+    struct Case { std::string trace, arguments; } cases[] = {
+        {scaled(chep, 1e7, "fit_ns.txt"), "-Marginal=HyperErlang"},
+        {scaled(chep, 1e-3, "fit_ks.txt"), "-marginal=hypererlang -MODEL=Chep"},
+        {gammaTrace(3), ""},
+        {gammaTrace(5), ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.trace + " " + c.arguments);
+        const std::string out = tempPath("fit_unit.xml");
+        SylvarFitRun fit = runSylvarFit("-trace=" + c.trace + " -out=" + out + " " + c.arguments);
+        ASSERT_EQ(fit.status, 0) << fit.err;
+        const std::string text = readFile(out);
+        EXPECT_FALSE(text.find("<chep>") != std::string::npos && text.find("<capp>") != std::string::npos)
+            << "one model element";
+        const std::size_t lag1 = fit.out.find("\n  1  ");
+        ASSERT_NE(lag1, std::string::npos);
+        std::istringstream row(fit.out.substr(lag1));
+        double lag = 0, target = 0, fittedLag1 = 0;
+        row >> lag >> target >> fittedLag1;
+        const std::string again = generate(out, "fit_unit_again.txt", 5);
+        Trace a(c.trace, false), b(again, false);
+        EXPECT_NEAR(b.getMoments(1)[1], a.getMoments(1)[1], 0.015 * a.getMoments(1)[1]);
+        EXPECT_NEAR(b.getAutocorrelations(1, 1)[0], fittedLag1, 0.01);
+    }
+}
+
+// An output is a regular file: a device or FIFO is refused (and left as it
+// is), a link is written through; a closed or full standard output fails.
+TEST(SylvarFit, OutputsNeverClobber) {
+    const std::string trace = patternTrace();
+    const std::string fifo = tempPath("fit_fifo");
+    std::remove(fifo.c_str());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::string t = "-trace=" + trace + " -marginal=exponential -out=";
+    EXPECT_EQ(runSylvarFit(t + "/dev/null").err,
+              "sylvar-fit: cannot write the model file '/dev/null': it is a device\n");
+    EXPECT_EQ(runSylvarFit(t + fifo).err, "sylvar-fit: cannot write the model file '" + fifo + "': it is a FIFO\n");
+    struct stat st;
+    EXPECT_TRUE(::stat(fifo.c_str(), &st) == 0 && S_ISFIFO(st.st_mode));
+    const std::string target = writeFile("fit_link_target.xml", "");
+    const std::string link = tempPath("fit_link.xml");
+    std::remove(link.c_str());
+    ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
+    EXPECT_EQ(runSylvarFit(t + link).status, 0);
+    EXPECT_TRUE(::lstat(link.c_str(), &st) == 0 && S_ISLNK(st.st_mode));
+    EXPECT_NE(readFile(target).find("<arta>"), std::string::npos);
+    EXPECT_EQ(runSylvarFit(t + tempPath("fit_closed.xml") + " >&-").err, "sylvar-fit: standard output is closed\n");
+    SylvarFitRun full = runSylvarFit(t + tempPath("fit_full.xml") + " >/dev/full");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_NE(full.err.find("sylvar-fit: cannot write the report to standard output (the model file is written)\n"),
+              std::string::npos);
+    const std::string nanTrace = writeFile("fit_nan.txt", "1\n2\nnan\n");
+    EXPECT_EQ(runSylvarFit("-trace=" + nanTrace + " -out=" + tempPath("x.xml")).err,
+              "sylvar-fit: cannot read the trace: " + nanTrace + ":3: 'nan' is not a finite number\n");
+    std::remove(fifo.c_str());
+    std::remove(link.c_str());
 }
