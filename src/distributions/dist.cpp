@@ -3,6 +3,7 @@
 // families share.
 #include "distributions/dist.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -41,6 +42,52 @@ dist_type Dist::getType() const { return type; }
 
 double Dist::evalCCDF(double x) { return 1 - evalCDF(x); }
 
+double Dist::exactLogPDF(double x) { return std::log(evalPDF(x)); }
+double Dist::exactCDF(double x) { return evalCDF(x); }
+double Dist::exactCCDF(double x) { return 1 - exactCDF(x); }
+
+double Dist::exactQuantile(double p) {
+    checkProbability(p);
+    return invertExactCDF(p, -std::numeric_limits<double>::infinity(), exactStats(1).mean);
+}
+
+DistStats Dist::exactStats(unsigned n) { return getProperties(n); }
+bool Dist::isDiscrete() const { return false; }
+bool Dist::hasExactCDF() const { return true; }
+
+void Dist::setExact(bool value) { exact = value; }
+bool Dist::isExact() const { return exact; }
+double Dist::quantile(double p) { return exact ? exactQuantile(p) : evalInverseCDF(p); }
+DistStats Dist::stats(unsigned n) { return exact ? exactStats(n) : getProperties(n); }
+
+// Doubling steps away from `start` bracket the root, then bisection on the
+// midpoint runs until the bracket holds no double between its ends; about
+// 60 to 120 evaluations of the distribution function.
+double Dist::invertExactCDF(double p, double lower, double start) {
+    const double inf = std::numeric_limits<double>::infinity();
+    if (p <= 0) return lower;
+    if (p >= 1) return inf;
+    if (!std::isfinite(start)) start = std::isfinite(lower) ? lower + 1 : 0;
+    double lo = start, hi = start;
+    double step = std::max(1.0, std::fabs(start));
+    if (exactCDF(start) >= p) {
+        for (lo = start - step; lo > lower && exactCDF(lo) >= p; step *= 2, lo = start - step) hi = lo;
+        if (!(lo > lower)) lo = lower;
+    } else {
+        for (hi = start + step; exactCDF(hi) < p; step *= 2, hi = start + step) {
+            lo = hi;
+            if (!std::isfinite(hi)) return inf;
+        }
+    }
+    if (!std::isfinite(lo)) lo = -std::numeric_limits<double>::max();
+    for (int it = 0; it < 2100; ++it) {
+        const double mid = lo + (hi - lo) / 2;
+        if (!(mid > lo && mid < hi)) break;
+        if (exactCDF(mid) >= p) hi = mid; else lo = mid;
+    }
+    return hi;
+}
+
 double Dist::compute_loglikelihood(Trace* t) {
     double sum = 0;
     unsigned size = t->getSize();
@@ -78,9 +125,10 @@ std::string Dist::layoutText(format f, dist_type t, const std::string& familyTag
     return text;
 }
 
-std::string Dist::formatNumber(double value, bool fixed) {
+std::string Dist::formatNumber(double value, bool fixed) const {
     std::ostringstream out;
-    if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
+    if (exact) out.precision(17);
+    else if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
     out << value;
     return out.str();
 }
@@ -91,9 +139,10 @@ std::string Dist::formatNumber(unsigned value) {
     return out.str();
 }
 
-std::string Dist::formatList(const std::vector<double>& values, bool fixed) {
+std::string Dist::formatList(const std::vector<double>& values, bool fixed) const {
     std::ostringstream out;
-    if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
+    if (exact) out.precision(17);
+    else if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
     for (double value : values) out << value << " ";
     return out.str();
 }

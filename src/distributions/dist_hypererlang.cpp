@@ -12,6 +12,10 @@
 // Erlang of the branch does.
 #include "distributions/dist_hypererlang.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 #include <memory>
 
@@ -22,6 +26,8 @@
 #include "markov/cph.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -211,5 +217,16 @@ DistStats HyperErlang::hyper_erlang_stats(const std::vector<unsigned>& phases, c
     }
     return stats;
 }
+
+// ---- exact view
+double HyperErlang::exactLogPDF(double x) { return exact::erlang_mixture_logpdf(x, phases, rates, probabilities); }
+double HyperErlang::exactCDF(double x) { return exact::erlang_mixture_cdf(x, phases, rates, probabilities); }
+double HyperErlang::exactCCDF(double x) { return exact::erlang_mixture_ccdf(x, phases, rates, probabilities); }
+double HyperErlang::exactQuantile(double p) {
+    checkProbability(p);
+    return invertExactCDF(p, 0, exactStats(0).mean);
+}
+DistStats HyperErlang::exactStats(unsigned n) { return exact::erlang_mixture_stats(phases, rates, probabilities, n); }
+unsigned HyperErlang::parameterCount() const { return 2 * getBranches() - 1; }
 
 }  // namespace velmora
