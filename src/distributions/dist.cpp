@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "core/libvelmora_settings.h"
+#include "numerics/misc_numerical_dist.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -59,6 +60,11 @@ void Dist::setExact(bool value) { exact = value; }
 bool Dist::isExact() const { return exact; }
 double Dist::quantile(double p) { return exact ? exactQuantile(p) : evalInverseCDF(p); }
 DistStats Dist::stats(unsigned n) { return exact ? exactStats(n) : getProperties(n); }
+
+double Dist::exactNormalTransform(double z) {
+    const double u = as::alnorm(z, false);
+    return exactQuantile(u < 1 ? u : 1 - std::numeric_limits<double>::epsilon() / 2);
+}
 
 // Doubling steps away from `start` bracket the root, then bisection on the
 // midpoint runs until the bracket holds no double between its ends; about
@@ -159,7 +165,7 @@ void Dist::checkProbability(double p) {
 }
 
 std::vector<double> dist_moments(Dist* dist, unsigned from, unsigned to) {
-    const std::vector<double> moments = dist->getProperties(to).moments;
+    const std::vector<double> moments = dist->stats(to).moments;
     std::vector<double> result;
     if (from == 0) {
         result.push_back(1.0);

@@ -117,6 +117,10 @@ public:
     bool isExact() const;
     double quantile(double p);
     DistStats stats(unsigned n);
+    // exactQuantile(Phi(z)) with Phi by Algorithm AS 66: the transform of a
+    // standard normal value in exact numerics. Phi is kept below 1, so that
+    // far integration nodes give the largest finite quantile, not infinity.
+    double exactNormalTransform(double z);
 
     // Sum of log(evalPDF(x)) over the trace in order; a density of 0 enters
     // as -infinity, an empty trace gives 0.

@@ -142,6 +142,11 @@ DistStats gamma_stats(double a, double b, unsigned n) {
     return stats;
 }
 
+double erlang_normal_transform(double z, unsigned phases, double rate) {
+    const double u = as::alnorm(z, false);
+    return gamma_quantile(u < 1 ? u : 1 - std::numeric_limits<double>::epsilon() / 2, phases, 1 / rate);
+}
+
 std::vector<double> raw_from_central(double mean, double variance, double skewness) {
     const double sd = std::sqrt(variance);
     return {mean, variance + mean * mean, mean * mean * mean + 3 * mean * variance + skewness * sd * sd * sd};

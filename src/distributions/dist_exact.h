@@ -35,6 +35,10 @@ double gamma_ccdf(double x, double a, double b);
 double gamma_quantile(double p, double a, double b);
 DistStats gamma_stats(double a, double b, unsigned n);
 
+// E^-1(Phi(z)) of an Erlang law, Phi by Algorithm AS 66 and kept below 1:
+// the exact transform of a standard normal value to an Erlang branch.
+double erlang_normal_transform(double z, unsigned phases, double rate);
+
 // Raw moments of orders 1..3 from mean, variance and skewness.
 std::vector<double> raw_from_central(double mean, double variance, double skewness);
 
