@@ -1,5 +1,6 @@
 // Exact forms shared by several families. The gamma distribution function is
-// Algorithm AS 239 (as::gammad); its quantile starts from Algorithm AS 91
+// the power series of P(a, y) below y = a + 1 and Legendre's continued
+// fraction of Q(a, y) above, each to about 1e-15; its quantile starts from Algorithm AS 91
 // (as::ppchi2, about 5e-7 relative) and is polished by Newton steps on the
 // distribution function, with bisection where a step would leave its bracket.
 #include "distributions/dist_exact.h"
@@ -42,7 +43,7 @@ double erlang_mixture_cdf(double x, const std::vector<unsigned>& k, const std::v
                           const std::vector<double>& p) {
     if (x <= 0) return 0;
     double s = 0;
-    for (std::size_t i = 0; i < r.size(); ++i) s += p[i] * as::gammad(r[i] * x, k[i]);
+    for (std::size_t i = 0; i < r.size(); ++i) s += p[i] * gamma_cdf(x, k[i], 1 / r[i]);
     return std::min(1.0, s);
 }
 
@@ -83,19 +84,27 @@ double gamma_logpdf(double x, double a, double b) {
     return -a * std::log(b) - std::lgamma(a) + (a - 1) * std::log(x) - x / b;
 }
 
-double gamma_cdf(double x, double a, double b) { return x > 0 ? as::gammad(x / b, a) : 0.0; }
+namespace {
 
-// The upper tail directly where the lower one is close to 1, so that far
-// tails keep their relative precision.
-double gamma_ccdf(double x, double a, double b) {
-    if (x <= 0) return 1;
-    const double lower = as::gammad(x / b, a);
-    if (lower < 0.9) return 1 - lower;
-    // Q(a, y) by Legendre's continued fraction (modified Lentz).
-    const double y = x / b;
+// exp(-y + a log y - lgamma(a)), the factor in front of both expansions.
+double gammaPrefix(double a, double y) { return std::exp(-y + a * std::log(y) - std::lgamma(a)); }
+
+// P(a, y) by its power series, for y < a + 1, where it converges fast.
+double lowerSeries(double a, double y) {
+    double term = 1 / a, sum = term;
+    for (int n = 1; n < 100000; ++n) {
+        term *= y / (a + n);
+        sum += term;
+        if (term < sum * 1e-17) break;
+    }
+    return sum * gammaPrefix(a, y);
+}
+
+// Q(a, y) by Legendre's continued fraction (modified Lentz), for y >= a + 1.
+double upperFraction(double a, double y) {
     const double tiny = 1e-300;
     double bb = y + 1 - a, c = 1 / tiny, d = 1 / bb, h = d;
-    for (int i = 1; i < 1000; ++i) {
+    for (int i = 1; i < 100000; ++i) {
         const double an = -i * (i - a);
         bb += 2;
         d = an * d + bb;
@@ -107,7 +116,23 @@ double gamma_ccdf(double x, double a, double b) {
         h *= delta;
         if (std::fabs(delta - 1) < 1e-16) break;
     }
-    return std::exp(-y + a * std::log(y) - std::lgamma(a)) * h;
+    return gammaPrefix(a, y) * h;
+}
+
+}  // namespace
+
+// The regularised incomplete gamma functions to about 1e-15, each tail by the
+// expansion that converges there, the other as its complement.
+double gamma_cdf(double x, double a, double b) {
+    if (!(x > 0)) return 0;
+    const double y = x / b;
+    return y < a + 1 ? lowerSeries(a, y) : 1 - upperFraction(a, y);
+}
+
+double gamma_ccdf(double x, double a, double b) {
+    if (!(x > 0)) return 1;
+    const double y = x / b;
+    return y < a + 1 ? 1 - lowerSeries(a, y) : upperFraction(a, y);
 }
 
 double gamma_quantile(double p, double a, double b) {
@@ -124,7 +149,7 @@ double gamma_quantile(double p, double a, double b) {
         double next = x - step;
         if (!(next > lo && next < hi)) next = std::isinf(hi) ? std::max(2 * x, x + b) : 0.5 * (lo + hi);
         if (std::fabs(next - x) <= 4 * std::numeric_limits<double>::epsilon() * x) return next;
-        if (hi - lo <= 4 * std::numeric_limits<double>::epsilon() * hi) return hi;
+        if (std::isfinite(hi) && hi - lo <= 4 * std::numeric_limits<double>::epsilon() * hi) return hi;
         x = next;
     }
     return x;
