@@ -51,7 +51,7 @@ const char* const kUsage =
     "                      an XML model file holding a dist or ph model; by default\n"
     "                      the family of lowest AIC among normal, exponential,\n"
     "                      gamma, lognormal, weibull and hypererlang\n"
-    "  -phases=N           largest total phase count of a hyper-Erlang, 1..13\n"
+    "  -phases=N           largest total phase count of a hyper-Erlang, 1..64\n"
     "                      (default 6); the count is chosen by AIC\n"
     "  -lags=N             autocorrelation lags to fit, lag 1 first (default 10)\n"
     "  -pmin=N -pmax=N     AR orders of the base process tried (default 1..3)\n"

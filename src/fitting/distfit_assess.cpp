@@ -10,6 +10,7 @@
 #include "core/libvelmora_settings.h"
 #include "distributions/dist.h"
 #include "distributions/dist_erlang.h"
+#include "distributions/dist_hypererlang.h"
 #include "fitting/distfit.h"
 
 namespace velmora {
@@ -95,18 +96,25 @@ Selection best_family(const std::vector<double>& data, const std::vector<std::st
             fail(__LINE__, "Unknown distribution family '" + name + "'.");
         }
         if (name == "hypererlang" && (maxPhases == 0 || maxPhases > kMaxPhases))
-            fail(__LINE__, "The hyper-Erlang candidates need a largest phase count between 1 and 13, not " +
-                               std::to_string(maxPhases) + ".");
+            fail(__LINE__, "The hyper-Erlang candidates need a largest phase count between 1 and " +
+                               std::to_string(kMaxPhases) + ", not " + std::to_string(maxPhases) + ".");
     }
 
     Selection sel;
+    std::vector<std::unique_ptr<HyperErlang>> orders;
+    std::string ordersFailure;
     auto tryOne = [&](const std::string& name, unsigned phases) {
         Candidate c;
         c.family = name;
         c.phases = phases;
         std::unique_ptr<Dist> d;
         try {
-            d.reset(fit_distribution(name, data, phases));
+            if (name == "hypererlang") {
+                if (!ordersFailure.empty()) fail(__LINE__, ordersFailure);
+                d = std::move(orders[phases - 1]);
+            } else {
+                d = fit_distribution(name, data, phases);
+            }
             if (d->getType() == DIST_ERLANG) c.phases = static_cast<Erlang*>(d.get())->getPhases();
             c.assessment = assess(d.get(), data);
             c.fitted = true;
@@ -123,6 +131,11 @@ Selection best_family(const std::vector<double>& data, const std::vector<std::st
     };
     for (const std::string& name : candidates) {
         if (name == "hypererlang") {
+            try {
+                orders = fit_hypererlang_orders(data, maxPhases);
+            } catch (Exception& e) {
+                ordersFailure = e.message;
+            }
             for (unsigned p = 1; p <= maxPhases; ++p) tryOne(name, p);
         } else {
             tryOne(name, 0);

@@ -181,7 +181,7 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
     } else {
-        m.dist.reset(distfit::fit_distribution(request, data, 0));
+        m.dist = distfit::fit_distribution(request, data, 0);
         m.assessment = distfit::assess(m.dist.get(), data);
     }
     return m;
