@@ -249,7 +249,19 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
     return a;
 }
 
+Process* correlationFit(TraceFitMarginal& m, tracefit_model model, Trace* t, const TraceFitOrders& o);
+
+// The fitted models are exact-mode models: their marginal is fitted and
+// transformed with the exact forms, and they are written with 17 significant
+// digits, so the file runs in sylvar as fitted.
 Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t, const TraceFitOrders& o) {
+    if (m.dist) m.dist->setExact(true);
+    Process* result = correlationFit(m, model, t, o);
+    if (result != nullptr) result->setExactNumerics(true);
+    return result;
+}
+
+Process* correlationFit(TraceFitMarginal& m, tracefit_model model, Trace* t, const TraceFitOrders& o) {
     if (t == nullptr) fail(__LINE__, "No trace.");
     if (!m.dist && !m.ph) fail(__LINE__, "No marginal distribution.");
     switch (model) {
