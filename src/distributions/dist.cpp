@@ -55,6 +55,7 @@ double Dist::exactQuantile(double p) {
 DistStats Dist::exactStats(unsigned n) { return getProperties(n); }
 bool Dist::isDiscrete() const { return false; }
 bool Dist::hasExactCDF() const { return true; }
+bool Dist::erlangBranches(std::vector<unsigned>&, std::vector<double>&, std::vector<double>&) const { return false; }
 
 void Dist::setExact(bool value) { exact = value; }
 bool Dist::isExact() const { return exact; }

@@ -109,6 +109,11 @@ public:
     virtual bool isDiscrete() const;
     // Whether exactCDF gives figures.
     virtual bool hasExactCDF() const;
+    // The phase-type form of the families that are mixtures of Erlang
+    // branches (exponential, Erlang, hyper-exponential, hyper-Erlang): phases,
+    // rate and probability per branch. False, and nothing set, for the others.
+    virtual bool erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                                std::vector<double>& probabilities) const;
 
     // The numerics policy: with exact numerics set, quantile() and stats()
     // are the exact forms and the text form writes 17 significant digits,

@@ -125,6 +125,13 @@ double Erlang::exactQuantile(double p) {
     return exact::gamma_quantile(p, getPhases(), 1 / getRate());
 }
 DistStats Erlang::exactStats(unsigned n) { return exact::erlang_mixture_stats({getPhases()}, {getRate()}, {1.0}, n); }
+bool Erlang::erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const {
+    phases = {getPhases()};
+    rates = {getRate()};
+    probabilities = {1.0};
+    return true;
+}
 unsigned Erlang::parameterCount() const { return 2; }
 
 }  // namespace velmora

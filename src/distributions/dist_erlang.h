@@ -2,6 +2,8 @@
 #ifndef VELMORA_DISTRIBUTIONS_DIST_ERLANG_H
 #define VELMORA_DISTRIBUTIONS_DIST_ERLANG_H
 
+#include <vector>
+
 #include "distributions/dist.h"
 
 namespace velmora {
@@ -31,6 +33,8 @@ public:
     double exactQuantile(double p) override;
     DistStats exactStats(unsigned n) override;
     unsigned parameterCount() const override;
+    bool erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const override;
     static Dist* fromConfig(Config* c);
     static Dist* fromXML(XMLElement* family);
 

@@ -102,6 +102,13 @@ double Exponential::exactQuantile(double p) {
     return -std::log1p(-p) / getRate();
 }
 DistStats Exponential::exactStats(unsigned n) { return exact::erlang_mixture_stats({1}, {getRate()}, {1.0}, n); }
+bool Exponential::erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const {
+    phases = {1};
+    rates = {getRate()};
+    probabilities = {1.0};
+    return true;
+}
 unsigned Exponential::parameterCount() const { return 1; }
 
 }  // namespace velmora

@@ -122,6 +122,13 @@ double HyperExponential::exactQuantile(double p) {
 DistStats HyperExponential::exactStats(unsigned n) {
     return exact::erlang_mixture_stats(std::vector<unsigned>(getRates().size(), 1), getRates(), getProbabilities(), n);
 }
+bool HyperExponential::erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const {
+    rates = getRates();
+    phases.assign(rates.size(), 1);
+    probabilities = getProbabilities();
+    return true;
+}
 unsigned HyperExponential::parameterCount() const { return 2 * getPhases() - 1; }
 
 }  // namespace velmora

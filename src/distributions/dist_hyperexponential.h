@@ -38,6 +38,8 @@ public:
     double exactQuantile(double p) override;
     DistStats exactStats(unsigned n) override;
     unsigned parameterCount() const override;
+    bool erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const override;
     static Dist* fromConfig(Config* c);
 
     // Equal lengths, no negative element, and probabilities summing to 1

@@ -78,27 +78,13 @@ TraceFitMarginal marginalFromFile(const std::string& file, const std::vector<dou
 
 CPH chainOf(const CPH& c) { return CPH(c.getT(), c.getTau()); }
 
-// The hyper-Erlang that an exponential, Erlang or hyper-exponential
-// marginal is; null for the other families.
+// The hyper-Erlang that a mixture of Erlang branches (exponential, Erlang,
+// hyper-exponential, hyper-Erlang) is; null for the other families.
 std::unique_ptr<HyperErlang> asHyperErlang(Dist* d) {
-    switch (d->getType()) {
-        case DIST_EXPONENTIAL:
-            return std::make_unique<HyperErlang>(std::vector<unsigned>{1},
-                                                 std::vector<double>{static_cast<Exponential*>(d)->getRate()},
-                                                 std::vector<double>{1.0});
-        case DIST_ERLANG: {
-            Erlang* e = static_cast<Erlang*>(d);
-            return std::make_unique<HyperErlang>(std::vector<unsigned>{e->getPhases()},
-                                                 std::vector<double>{e->getRate()}, std::vector<double>{1.0});
-        }
-        case DIST_HYPEREXPONENTIAL: {
-            HyperExponential* h = static_cast<HyperExponential*>(d);
-            return std::make_unique<HyperErlang>(std::vector<unsigned>(h->getPhases(), 1), h->getRates(),
-                                                 h->getProbabilities());
-        }
-        default:
-            return nullptr;
-    }
+    std::vector<unsigned> phases;
+    std::vector<double> rates, probabilities;
+    if (!d->erlangBranches(phases, rates, probabilities)) return nullptr;
+    return std::make_unique<HyperErlang>(phases, rates, probabilities);
 }
 
 // The marginal as (T, tau), for the model named in a refusal.
@@ -106,12 +92,7 @@ CPH phaseTypeFor(const TraceFitMarginal& m, const std::string& model) {
     if (m.ph) return chainOf(*m.ph);
     if (!m.dist) fail(__LINE__, "No marginal distribution.");
     Dist* d = m.dist.get();
-    switch (d->getType()) {
-        case DIST_ERLANG: return chainOf(static_cast<Erlang*>(d)->asCPH());
-        case DIST_HYPOEXPONENTIAL: return chainOf(static_cast<HypoExponential*>(d)->asCPH());
-        case DIST_HYPERERLANG: return chainOf(static_cast<HyperErlang*>(d)->asCPH());
-        default: break;
-    }
+    if (auto* hypo = dynamic_cast<HypoExponential*>(d)) return chainOf(hypo->asCPH());
     std::unique_ptr<HyperErlang> h = asHyperErlang(d);
     if (h) return chainOf(h->asCPH());
     fail(__LINE__, "Model " + model + " needs a phase-type marginal (exponential, erlang, hypoexponential, "
