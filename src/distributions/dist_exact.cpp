@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 
+#include "distributions/dist_gamma.h"
 #include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
@@ -155,13 +156,10 @@ double gamma_quantile(double p, double a, double b) {
     return x;
 }
 
+// The specified statistics are exact; only the moments go through the
+// gamma function there.
 DistStats gamma_stats(double a, double b, unsigned n) {
-    DistStats stats;
-    stats.mean = a * b;
-    stats.variance = a * b * b;
-    stats.skewness = 2 / std::sqrt(a);
-    stats.cv = stats.sdOverMean();
-    stats.kurtosis = 6 / a;
+    DistStats stats = Gamma::gamma_stats(a, b, 0);
     double m = 1;
     for (unsigned k = 0; k < n; ++k) stats.moments.push_back(m *= (a + k) * b);
     return stats;
