@@ -153,6 +153,7 @@ void capp::load(XMLElement* element) {
 void capp::setExactNumerics(bool exact) {
     Process::setExactNumerics(exact);
     base->setExactNumerics(exact);
+    if (acph) acph->setExactNumerics(exact);
 }
 
 std::string capp::toString(format f) {

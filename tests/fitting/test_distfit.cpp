@@ -193,3 +193,30 @@ TEST(DistFit, RefusesDataNoFamilyOfTheNameCanFit) {
         EXPECT_NE(message.find(row.expected), std::string::npos) << message;
     }
 }
+
+// Four phases on Weibull(scale 1, shape 1.5) values: the start that puts the
+// branches at quantiles makes [2, 2] collapse into one Erlang and [2, 1, 1]
+// into a [2, 1] with two equal exponential branches; the kept fit is a true
+// four-phase structure (grown from the best of three phases), better than
+// any three-phase fit in disguise.
+TEST(DistFit, HyperErlangKeepsNoCollapsedStructure) {
+    const std::vector<double> data = draw(11, 100000, [](Rand& r) { return r.weibull(1.5, 1.0); });
+    distfit::EMReport three, four;
+    std::unique_ptr<HyperErlang> a(distfit::fit_hypererlang(data, 3, &three));
+    std::unique_ptr<HyperErlang> b(distfit::fit_hypererlang(data, 4, &four));
+    EXPECT_EQ(four.structure, (std::vector<unsigned>{2, 2}));
+    EXPECT_GT(four.logLikelihood, three.logLikelihood + 50);
+    const std::vector<double> rates = b->getRates();
+    EXPECT_GT(std::fabs(rates[0] - rates[1]), 1e-3 * std::max(rates[0], rates[1]));
+}
+
+// Beyond 13 phases: lognormal(0, 0.2) values (squared cv 0.04) want about 25
+// phases in one branch; 13 phases leave a KS distance near 0.1.
+TEST(DistFit, HyperErlangFitsBeyondThirteenPhases) {
+    const std::vector<double> data = draw(17, 20000, [](Rand& r) { return r.lognormal(0, 0.2); });
+    std::unique_ptr<HyperErlang> thirteen(distfit::fit_hypererlang(data, 13));
+    std::unique_ptr<HyperErlang> many(distfit::fit_hypererlang(data, 28));
+    EXPECT_EQ(many->getOrder(), 28u);
+    EXPECT_GT(distfit::assess(thirteen.get(), data).ks, 0.05);
+    EXPECT_LT(distfit::assess(many.get(), data).ks, 0.02);
+}

@@ -79,3 +79,21 @@ TEST(ARTAExact, ElementReadsBackWithItsNumerics) {
 
 }  // namespace
 }  // namespace velmora
+
+namespace velmora {
+namespace {
+
+TEST(ARTAExact, NumericsElementAcceptsTwoValues) {
+    const std::string base = "<velmora><arta><arima><arcount>1</arcount><ar>0.5</ar><macount>0</macount><ma></ma>"
+                             "<d>0</d><mean>0</mean><variance>1</variance></arima><dist><gammadist><shape>2</shape>"
+                             "<scale>1</scale></gammadist></dist>";
+    for (const char* value : {"exact", "specified"}) {
+        XMLConfig document(velmora_test::writeFile("arta_numerics.xml", base + "<numerics>" + value + "</numerics></arta></velmora>"));
+        EXPECT_EQ(ARTA(&document).hasExactNumerics(), std::string(value) == "exact");
+    }
+    const std::string wrong = velmora_test::writeFile("arta_wrong.xml", base + "<numerics>fast</numerics></arta></velmora>");
+    EXPECT_NE(velmora_test::messageOf([&] { XMLConfig d(wrong); ARTA a(&d); }, "arta").find("'fast'"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace velmora
