@@ -34,6 +34,7 @@
 #include "distributions/dist_chisquare.h"
 #include "distributions/dist_deterministic.h"
 #include "distributions/dist_erlang.h"
+#include "distributions/dist_exact.h"
 #include "distributions/dist_exponential.h"
 #include "distributions/dist_gamma.h"
 #include "distributions/dist_geometric.h"

@@ -157,7 +157,7 @@ py::dict fit_distribution(py::handle values, const std::string& family, py::hand
     const std::vector<double> data = values_from(values, "values");
     Assessment a;
     std::unique_ptr<velmora::Process> model = run_in_library([&]() {
-        std::unique_ptr<velmora::Dist> dist(velmora::distfit::fit_distribution(family, data, phaseCount));
+        std::unique_ptr<velmora::Dist> dist = velmora::distfit::fit_distribution(family, data, phaseCount);
         a = velmora::distfit::assess(dist.get(), data);
         return std::unique_ptr<velmora::Process>(new velmora::DistProcess(dist.release()));
     });

@@ -14,6 +14,7 @@ class Matrix;
 class Trace;
 class Config;
 class XMLConfig;
+class XMLElement;
 
 // Fixed underlying type: values outside the list reach the "unsupported
 // format" checks of the models without undefined behaviour.
@@ -66,6 +67,15 @@ public:
     process_type getProcessType();
     std::string getProcessTypeString();
 
+    // The numerics policy. Models whose numerics approximate (ARTA, CAPP and
+    // CHEP: the four-decimal normal table, Stirling's gamma function, a
+    // capped quantile) switch to exact forms in their transform, moments and
+    // autocorrelations, and write their element with 17 significant digits
+    // and <numerics>exact</numerics>; other models are exact already and
+    // keep the flag only.
+    virtual void setExactNumerics(bool exact);
+    bool hasExactNumerics() const;
+
     // Seeds the process, then draws values until the stop criterion holds:
     // 1 by count, 2 by sum, 0 by both; any other value gives an empty trace.
     // The trace grows at most to simulation_value_limit() values: a count
@@ -77,7 +87,14 @@ protected:
     process_type type;
     std::string typeName;
     bool rngInitialized;
+    bool exactNumerics = false;
 };
+
+// The <numerics> child of a model element: absent or "specified" gives
+// false, "exact" gives true; any other value throws from `module`.
+bool read_numerics_element(XMLElement* element, const char* module);
+// "<numerics>exact</numerics>\n" for exact numerics, else nothing.
+std::string numerics_element_text(bool exact);
 
 // Curves of a process on lower, lower + step, ... up to upper, through its
 // evalCDF, evalCCDF and evalPDF. The walk also ends once adding the step no

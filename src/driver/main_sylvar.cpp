@@ -60,6 +60,14 @@ int main(int argc, char** argv) {
         if (!modelFile.empty()) document.reset(new XMLConfig(modelFile));
         std::unique_ptr<Process> process(load_process(document.get()));
         document.reset();
+        // -numerics=exact forces the exact numerics on any model file.
+        if (config->existsKey("numerics")) {
+            const std::string numerics = config->getValue("numerics");
+            if (numerics != "exact" && numerics != "specified")
+                throw Exception("main_sylvar", __LINE__,
+                                "Invalid -numerics value '" + numerics + "': it must be 'exact' or 'specified'.");
+            if (numerics == "exact") process->setExactNumerics(true);
+        }
 
         bool traceFormat = false;
         std::string trace;

@@ -81,27 +81,13 @@ TraceFitMarginal marginalFromFile(const std::string& file, const std::vector<dou
 
 CPH chainOf(const CPH& c) { return CPH(c.getT(), c.getTau()); }
 
-// The hyper-Erlang that an exponential, Erlang or hyper-exponential
-// marginal is; null for the other families.
+// The hyper-Erlang that a mixture of Erlang branches (exponential, Erlang,
+// hyper-exponential, hyper-Erlang) is; null for the other families.
 std::unique_ptr<HyperErlang> asHyperErlang(Dist* d) {
-    switch (d->getType()) {
-        case DIST_EXPONENTIAL:
-            return std::make_unique<HyperErlang>(std::vector<unsigned>{1},
-                                                 std::vector<double>{static_cast<Exponential*>(d)->getRate()},
-                                                 std::vector<double>{1.0});
-        case DIST_ERLANG: {
-            Erlang* e = static_cast<Erlang*>(d);
-            return std::make_unique<HyperErlang>(std::vector<unsigned>{e->getPhases()},
-                                                 std::vector<double>{e->getRate()}, std::vector<double>{1.0});
-        }
-        case DIST_HYPEREXPONENTIAL: {
-            HyperExponential* h = static_cast<HyperExponential*>(d);
-            return std::make_unique<HyperErlang>(std::vector<unsigned>(h->getPhases(), 1), h->getRates(),
-                                                 h->getProbabilities());
-        }
-        default:
-            return nullptr;
-    }
+    std::vector<unsigned> phases;
+    std::vector<double> rates, probabilities;
+    if (!d->erlangBranches(phases, rates, probabilities)) return nullptr;
+    return std::make_unique<HyperErlang>(phases, rates, probabilities);
 }
 
 // The marginal as (T, tau), for the model named in a refusal.
@@ -109,12 +95,7 @@ CPH phaseTypeFor(const TraceFitMarginal& m, const std::string& model) {
     if (m.ph) return chainOf(*m.ph);
     if (!m.dist) fail(__LINE__, "No marginal distribution.");
     Dist* d = m.dist.get();
-    switch (d->getType()) {
-        case DIST_ERLANG: return chainOf(static_cast<Erlang*>(d)->asCPH());
-        case DIST_HYPOEXPONENTIAL: return chainOf(static_cast<HypoExponential*>(d)->asCPH());
-        case DIST_HYPERERLANG: return chainOf(static_cast<HyperErlang*>(d)->asCPH());
-        default: break;
-    }
+    if (auto* hypo = dynamic_cast<HypoExponential*>(d)) return chainOf(hypo->asCPH());
     std::unique_ptr<HyperErlang> h = asHyperErlang(d);
     if (h) return chainOf(h->asCPH());
     fail(__LINE__, "Model " + model + " needs a phase-type marginal (exponential, erlang, hypoexponential, "
@@ -233,7 +214,7 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
     } else {
-        m.dist = std::unique_ptr<Dist>(distfit::fit_distribution(family, data, 0));
+        m.dist = distfit::fit_distribution(family, data, 0);
         m.assessment = distfit::assess(m.dist.get(), data);
     }
     normaliseMixture(m.dist.get());
@@ -313,10 +294,26 @@ std::unique_ptr<Process> handOver(std::unique_ptr<T>& marginal, Fit&& fit) {
     return result;
 }
 
+std::unique_ptr<Process> correlationFit(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                        const TraceFitOrders& o);
+
 }  // namespace
 
+// The fitted models are exact-mode models: their marginal is fitted and
+// transformed with the exact forms, and they are written with 17 significant
+// digits, so the file runs in sylvar as fitted.
 std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
                                               const TraceFitOrders& o) {
+    if (m.dist) m.dist->setExact(true);
+    std::unique_ptr<Process> result = correlationFit(m, model, t, o);
+    if (result) result->setExactNumerics(true);
+    return result;
+}
+
+namespace {
+
+std::unique_ptr<Process> correlationFit(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                        const TraceFitOrders& o) {
     if (t == nullptr) fail(__LINE__, "No trace.");
     if (!m.dist && !m.ph) fail(__LINE__, "No marginal distribution.");
     switch (model) {
@@ -377,6 +374,8 @@ std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_mode
     }
     fail(__LINE__, "Unknown model class.");
 }
+
+}  // namespace
 
 std::string tracefit_model_class(Process* model) {
     if (model == nullptr) return "none";

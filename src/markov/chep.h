@@ -45,6 +45,9 @@ public:
     double evalCCDF(double x) override;
     double evalPDF(double x) override;
     double getNextRandomVariate() override;
+    // Exact numerics also for the hyper-Erlang: its exact statistics, and in
+    // type 2 the branch's exact Erlang quantile of Phi by AS 66.
+    void setExactNumerics(bool exact) override;
 
     using capp::load;
     void load(Config* config) override;

@@ -94,7 +94,7 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
         {t + " -model=arta -marginal=" + example("ph.xml"),
          "the correlation fit failed: Model arta needs a distribution family as marginal, not a ph model of order 3."},
         {t + " -lags=x", "-lags must be a whole number from 1 to 100000, not 'x'"},
-        {t + " -phases=14", "-phases must be a whole number from 1 to 13, not '14'"},
+        {t + " -phases=65", "-phases must be a whole number from 1 to 64, not '65'"},
         {t + " -pmin=4", "-pmin is above -pmax"},
         {t + " -seed=1", "unknown option -seed (see sylvar-fit --help)"},
         {t + " trace", "Invalid command line parameter. Arguments are -key=value; see sylvar-fit --help"},
