@@ -9,7 +9,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
-#include "traces/trace.h"
+#include "traces/trace_stream.h"
 
 using namespace velmora;
 
@@ -70,11 +70,12 @@ int main(int argc, char** argv) {
             return 0;
         }
 
-        std::unique_ptr<Trace> generated(process->simulate(stop, observations, time, seed));
-        generated->save(trace, traceFormat);
+        // Drawn, written and summarised as it goes: memory stays bounded
+        // whatever the count or time.
+        const StreamedTrace generated = stream_trace(*process, stop, observations, time, seed, trace, traceFormat);
         std::cout << process->getSummary() << std::endl;
-        std::cout << generated->getSummary() << std::endl;
-        generated.reset();
+        if (generated.count == 0) throw Exception("trace", __LINE__, "Invalid trace element.");
+        std::cout << generated.summary << std::endl;
         config.reset();
         process.reset();
     } catch (Exception& e) {
