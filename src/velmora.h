@@ -11,6 +11,7 @@
 
 #include "traces/trace.h"
 #include "traces/trace_mc.h"
+#include "traces/trace_replications.h"
 #include "traces/trace_stream.h"
 #include "traces/trace_summary.h"
 

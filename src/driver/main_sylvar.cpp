@@ -9,6 +9,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "traces/trace_replications.h"
 #include "traces/trace_stream.h"
 
 using namespace velmora;
@@ -35,6 +36,20 @@ void sylvar_load_config(Config* config, bool& traceFormat, std::string& trace, u
                        "\n" + "traceFormat: " + toString(traceFormat) + "\n" + "trace: " + trace + "\n");
 }
 
+// -replications=R (default 1) and -threads=T (default 0: every core).
+void sylvar_load_replications(Config* config, unsigned& replications, unsigned& threads) {
+    if (config->existsKey("replications")) {
+        const int r = config->getValueAsInt("replications");
+        if (r < 1) throw Exception("main_sylvar", __LINE__, "Invalid number of replications; give 1 or more.");
+        replications = static_cast<unsigned>(r);
+    }
+    if (config->existsKey("threads")) {
+        const int t = config->getValueAsInt("threads");
+        if (t < 1) throw Exception("main_sylvar", __LINE__, "Invalid number of threads; give 1 or more.");
+        threads = static_cast<unsigned>(t);
+    }
+}
+
 void sylvar_report_failure(Exception& e) {
     std::cout << e.toString() << std::endl << std::endl;
     std::cout << "Use parameter --help for usage information." << std::endl;
@@ -56,7 +71,6 @@ int main(int argc, char** argv) {
         else if (config->existsKey("model"))
             document.reset(new XMLConfig(config->getValue("model")));
         std::unique_ptr<Process> process(load_process(document.get()));
-        document.reset();
 
         bool traceFormat = false;
         std::string trace;
@@ -69,6 +83,20 @@ int main(int argc, char** argv) {
             sylvar_print_help();
             return 0;
         }
+
+        unsigned replications = 1, threads = 0;
+        sylvar_load_replications(config.get(), replications, threads);
+        if (replications > 1) {
+            // Each replication loads its own instance of the model, so that no
+            // two threads draw from one object.
+            const ReplicationStudy study = run_replications(
+                [&document] { return std::unique_ptr<Process>(load_process(document.get())); }, stop, observations,
+                time, seed, replications, threads, trace, traceFormat);
+            std::cout << process->getSummary() << std::endl;
+            std::cout << study.toString() << std::endl;
+            return 0;
+        }
+        document.reset();
 
         // Drawn, written and summarised as it goes: memory stays bounded
         // whatever the count or time.

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "core/libvelmora_settings.h"
 #include "traces/trace_summary.h"
@@ -125,32 +126,45 @@ void ValueStore::replay(const ValueSink& sink) {
         throw Exception("trace_stream", __LINE__, "Cannot read back the run's temporary file: " + reason() + ".");
 }
 
-StreamedTrace stream_trace(Process& process, int stop, std::uint64_t observations, double time, unsigned seed,
-                           const std::string& file, bool traceFormat) {
-    TraceWriter writer(file);
+std::uint64_t stream_run(Process& process, int stop, std::uint64_t observations, double time, unsigned seed,
+                         const std::string& file, bool traceFormat, SummaryPasses& passes, BinCounts* bins,
+                         const std::function<void()>& check) {
+    std::unique_ptr<TraceWriter> writer;
+    if (!file.empty()) writer.reset(new TraceWriter(file));
+    TraceWriter* const out = traceFormat ? nullptr : writer.get();
     ValueStore store(STREAM_VALUES_IN_MEMORY);
-    SummaryPasses passes(5, 3, 5);
     const std::uint64_t count =
         process.generate(stop, observations, time, seed, [&](const double* values, std::size_t n) {
-            if (!traceFormat) writer.write(values, n);
+            if (check) check();
+            if (out != nullptr) out->write(values, n);
             passes.first(values, n);
             store.add(values, n);
         });
-    if (traceFormat) writer.writeCount(count);
-    if (count == 0) {
-        writer.close();
-        return StreamedTrace{0, std::string()};
+    if (writer && traceFormat) writer->writeCount(count);
+    if (count > 0) {
+        // The extremes are known now: the distribution table counts during
+        // the replay as well.
+        if (bins != nullptr) {
+            const double smallest = passes.smallestValue(), largest = passes.largestValue();
+            *bins = BinCounts(smallest, largest, (largest - smallest) / 1000.0);
+        }
+        TraceWriter* const late = traceFormat ? writer.get() : nullptr;
+        store.replay([&](const double* values, std::size_t n) {
+            if (late != nullptr) late->write(values, n);
+            passes.second(values, n);
+            if (bins != nullptr) bins->add(values, n);
+        });
     }
-    // The extremes are known now: the distribution table counts during the
-    // replay as well.
-    const double smallest = passes.smallestValue(), largest = passes.largestValue();
-    BinCounts bins(smallest, largest, (largest - smallest) / 1000.0);
-    store.replay([&](const double* values, std::size_t n) {
-        if (traceFormat) writer.write(values, n);
-        passes.second(values, n);
-        bins.add(values, n);
-    });
-    writer.close();
+    if (writer) writer->close();
+    return count;
+}
+
+StreamedTrace stream_trace(Process& process, int stop, std::uint64_t observations, double time, unsigned seed,
+                           const std::string& file, bool traceFormat) {
+    SummaryPasses passes(5, 3, 5);
+    BinCounts bins(0.0, 0.0, 1.0);
+    const std::uint64_t count = stream_run(process, stop, observations, time, seed, file, traceFormat, passes, &bins);
+    if (count == 0) return StreamedTrace{0, std::string()};
     return StreamedTrace{count, summaryText(count, passes.figures(), bins.distribution())};
 }
 

@@ -70,6 +70,17 @@ private:
 // Values held in memory before a run spills to its temporary file: 16 MiB.
 const std::size_t STREAM_VALUES_IN_MEMORY = std::size_t(1) << 21;
 
+class SummaryPasses;
+class BinCounts;
+
+// The run under both: draws, writes to `file` (none when empty) and takes
+// both passes of `passes`, and the distribution table into `bins` unless it
+// is null. `check`, when set, is called before each block is used and may
+// throw to end the run. Returns the number of values.
+std::uint64_t stream_run(Process& process, int stop, std::uint64_t observations, double time, unsigned seed,
+                         const std::string& file, bool traceFormat, SummaryPasses& passes, BinCounts* bins,
+                         const std::function<void()>& check = nullptr);
+
 struct StreamedTrace {
     std::uint64_t count;
     std::string summary;  // empty for a run without values

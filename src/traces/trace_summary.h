@@ -46,6 +46,7 @@ public:
     // Known after the first pass.
     double smallestValue() const { return smallest; }
     double largestValue() const { return largest; }
+    double average() const { return sum / static_cast<double>(n); }
 
 private:
     std::size_t rawCount, side, powerCount, lags;
