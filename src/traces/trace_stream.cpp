@@ -89,6 +89,9 @@ ValueStore::~ValueStore() {
 }
 
 void ValueStore::add(const double* values, std::size_t count) {
+    // Reserved once: pages the run does not fill are never touched, and
+    // the values are not copied again as the vector grows.
+    if (held.capacity() == 0) held.reserve(inMemory);
     const std::size_t room = inMemory - held.size();
     const std::size_t kept = count < room ? count : room;
     held.insert(held.end(), values, values + kept);

@@ -47,7 +47,15 @@ void SummaryPasses::first(const double* x, std::size_t count) {
         if (v < smallest) smallest = v;
         if (v > largest) largest = v;
         sum += v;
-        for (std::size_t k = 0; k < powerCount; ++k) {
+        // pow(v, 0) is 1 for every v, and pow(v, 1) is v, the exact result
+        // being representable; the higher orders need the library's pow.
+        power[0] = 1.0;
+        rawSum[0] += 1.0;
+        if (powerCount > 1) {
+            power[1] = v;
+            if (rawCount > 1) rawSum[1] += v;
+        }
+        for (std::size_t k = 2; k < powerCount; ++k) {
             // Through a volatile, the order stays unknown to the compiler even
             // where the caller's orders are constants.
             volatile double order = static_cast<double>(k);
@@ -74,15 +82,16 @@ void SummaryPasses::second(const double* x, std::size_t count) {
         lagSum.assign(reach + 1, 0.0);
         recent.assign(reach + 1, 0.0);
     }
-    const std::size_t ring = reach + 1;
+    // recent[l - 1] is the deviation l values back.
+    double* const back = recent.data();
     for (std::size_t t = 0; t < count; ++t, ++seen) {
         const double d = x[t] - mean;
         squares += std::pow(d, 2.0);
-        const std::size_t slot = static_cast<std::size_t>(seen % ring);
-        recent[slot] = d;
-        const std::size_t last = static_cast<std::size_t>(std::min<std::uint64_t>(reach, seen));
+        const std::size_t last = seen < reach ? static_cast<std::size_t>(seen) : reach;
         lagSum[0] += d * d;
-        for (std::size_t l = 1; l <= last; ++l) lagSum[l] += recent[(slot + ring - l) % ring] * d;
+        for (std::size_t l = 1; l <= last; ++l) lagSum[l] += back[l - 1] * d;
+        for (std::size_t l = reach; l > 1; --l) back[l - 1] = back[l - 2];
+        if (reach > 0) back[0] = d;
     }
 }
 
