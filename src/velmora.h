@@ -14,6 +14,8 @@
 #include "traces/trace.h"
 #include "traces/trace_read.h"
 #include "traces/trace_mc.h"
+#include "traces/trace_replications.h"
+#include "traces/trace_stream.h"
 #include "traces/trace_summary.h"
 
 #include "numerics/jump_chain.h"

@@ -4,6 +4,8 @@
 #define VELMORA_CORE_PROCESS_H
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,6 +41,9 @@ struct Distribution {
     std::vector<std::pair<double, double>> cdf;
     std::vector<std::pair<double, double>> ccdf;
 };
+
+// Receives generated values in blocks: `count` values from `values` on.
+using ValueSink = std::function<void(const double* values, std::size_t count)>;
 
 class Process {
 public:
@@ -82,6 +87,14 @@ public:
     // above it is refused before anything is drawn, and a run by sum that
     // reaches it ends with an Exception naming the budget.
     Trace* simulate(int stop, unsigned observations, double time, unsigned seed);
+
+    // The same draws without a trace: seeds the process, then hands the
+    // values to `sink` in blocks, in order, until the stop criterion holds,
+    // and returns their number. Nothing of the run's length is kept, so there
+    // is no budget: a run by sum whose values never reach `time` ends only
+    // when the sink throws. A block is valid only during the call.
+    std::uint64_t generate(int stop, std::uint64_t observations, double time, unsigned seed,
+                           const ValueSink& sink);
 
 protected:
     process_type type;

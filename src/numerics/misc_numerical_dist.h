@@ -47,6 +47,10 @@ double mvbvn(std::vector<double> lower, std::vector<double> upper, std::vector<i
 // rectangles.
 double mvbvn(const double lower[2], const double upper[2], const int infin[2], double correl);
 
+// Quantile of Student's t distribution with v degrees of freedom, to a few
+// units in the last place; NaN outside 0 < p < 1 or for v = 0.
+double student_t_quantile(double p, unsigned v);
+
 }  // namespace velmora
 
 #endif

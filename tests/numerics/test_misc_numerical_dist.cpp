@@ -125,3 +125,18 @@ TEST(Mvbvn, LimitTypesSelectTheirRectangle) {
     EXPECT_EQ(failureOf([] { mvbvn({0}, {1, 1}, {2, 2}, 0.5); }),
               "misc_numerical_dist: mvbvn needs two limits and two limit types.");
 }
+
+// mpmath at 30 digits: the root of betainc(v/2, 1/2, 0, v/(v+t^2), regularized) / 2 = 1 - p
+// (Debian's scipy.stats.t.ppf agrees to about 1e-10 only).
+TEST(StudentT, QuantilesMatchMpmath) {
+    struct Case { double p; unsigned v; double expected; } cases[] = {
+        {0.975, 1, 12.706204736174693}, {0.975, 2, 4.3026527297494618}, {0.975, 3, 3.1824463052837084},
+        {0.975, 4, 2.7764451051977935}, {0.975, 5, 2.5705818356363148}, {0.975, 9, 2.262157162798205},
+        {0.975, 29, 2.0452296421327039}, {0.975, 1000, 1.9623390808264081}, {0.975, 100000, 1.9599877075346093},
+        {0.1, 7, -1.4149239276505084},  {0.5, 3, 0.0}};
+    for (const auto& c : cases)
+        EXPECT_NEAR(velmora::student_t_quantile(c.p, c.v), c.expected, 1e-12 * (1 + std::fabs(c.expected)))
+            << c.p << " " << c.v;
+    EXPECT_TRUE(std::isnan(velmora::student_t_quantile(1.0, 3)));
+    EXPECT_TRUE(std::isnan(velmora::student_t_quantile(0.9, 0)));
+}
