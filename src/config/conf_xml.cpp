@@ -181,7 +181,7 @@ std::string joinedLines(std::istream& in) {
     std::string text;
     std::string line;
     while (std::getline(in, line)) {
-        if (!line.empty() && line.back() == '') line.pop_back();
+        if (!line.empty() && line.back() == '\r') line.pop_back();
         if (!text.empty() && !line.empty() && text.back() != '>' && line.front() != '<') text += ' ';
         text += line;
     }

@@ -22,11 +22,8 @@ void readProcessFile(const std::string& file, format f, const char* module, cons
 }
 
 namespace {
-const char* const kXmlHead = "<?xml version=\"1.0\"?>
-<velmora>
-";
-const char* const kXmlTail = "</velmora>
-";
+const char* const kXmlHead = "<?xml version=\"1.0\"?>\n<velmora>\n";
+const char* const kXmlTail = "</velmora>\n";
 }  // namespace
 
 std::string processFileText(Process& process, format f) {
