@@ -205,12 +205,11 @@ void chep::appendBranchPaths(const HyperErlang& h, cph_path_list& paths, std::ve
 
 void chep::load(Config* config) {
     resetChepParts();
-    Dist* d = loadDistribution(config);
-    if (d->getType() != DIST_HYPERERLANG) {
-        delete d;
+    // Without a key "distribution" the reader builds nothing.
+    std::unique_ptr<Dist> d(loadDistribution(config));
+    if (!d || d->getType() != DIST_HYPERERLANG)
         throw Exception("chep", __LINE__, "CHEP requires Hyper-Erlang distribution.");
-    }
-    hyperErlang.reset(static_cast<HyperErlang*>(d));
+    hyperErlang.reset(static_cast<HyperErlang*>(d.release()));
     hyperErlang->sortBranches();
     if (config->existsKey("model") && config->getValue("model") != "chep")
         throw Exception("chep", __LINE__, "Not an CHEP model.");
@@ -235,12 +234,9 @@ void chep::load(XMLElement* element) {
     base->load(arima);
     XMLElement* dist = element->getChildElement("dist");
     if (dist == nullptr) throw invalidChep(__LINE__);
-    Dist* d = loadDistribution(dist);
-    if (d->getType() != DIST_HYPERERLANG) {
-        delete d;
-        throw invalidChep(__LINE__);
-    }
-    hyperErlang.reset(static_cast<HyperErlang*>(d));
+    std::unique_ptr<Dist> d(loadDistribution(dist));
+    if (!d || d->getType() != DIST_HYPERERLANG) throw invalidChep(__LINE__);
+    hyperErlang.reset(static_cast<HyperErlang*>(d.release()));
     hyperErlang->sortBranches();
     chepType = CHEP_TYPE_1;
     XMLElement* typeElement = element->getChildElement("type");
