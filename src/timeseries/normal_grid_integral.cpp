@@ -29,6 +29,9 @@ double innerIntegrand(double y, std::vector<double>) {
 double outerIntegrand(double x, std::vector<double> params) {
     gridX = x;
     gridOuterValue = (*gridOuter)(x);
+    // A zero factor makes every inner value 0, and the inner integral would
+    // run all its levels on them (its relative test never fires at 0).
+    if (gridOuterValue == 0.0) return 0.0;
     return RombergIteration(integralLower, integralUpper, innerIntegrand, params, integralTolerance);
 }
 
