@@ -120,8 +120,13 @@ ARTA* ARTAFit::fit_arta_model() {
             // The constructor owns the marginal from its first line; the
             // normalisation it runs has just succeeded for s2, so only a
             // failing allocation could take the marginal with it.
-            candidates.list.push_back(nullptr);
-            candidates.list.back() = new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            // A base without a positive variance has no stationary solution
+            // and can't be normalised; it would never be chosen.
+            if (s2 > 0 && s2 < HUGE_VAL) {
+                candidates.list.push_back(nullptr);
+                candidates.list.back() =
+                    new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            }
             if (q == qRange.max) break;
         }
         if (p == pRange.max) break;
