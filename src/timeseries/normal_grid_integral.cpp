@@ -1,8 +1,10 @@
 #include "timeseries/normal_grid_integral.h"
 
 #include <cmath>
+#include <string>
 #include <vector>
 
+#include "core/libvelmora_settings.h"
 #include "distributions/dist_normal.h"
 #include "numerics/misc_numerical.h"
 
@@ -22,7 +24,19 @@ double gridRho = 0.0;
 double gridX = 0.0;
 double gridOuterValue = 0.0;  // g(x) at the current outer value
 
+// Smooth integrands settle within some 10^5 evaluations (6 10^5 at most for
+// the models of the tests and examples); factors with jumps
+// over hundreds of orders of magnitude (a gamma marginal of shape 0.01) can
+// keep both levels from settling until 2^30 of them. Past this count the
+// integral gives up with a message instead.
+const unsigned long long evaluationLimit = 1ull << 23;
+unsigned long long gridEvaluations = 0;
+
 double innerIntegrand(double y, std::vector<double>) {
+    if (++gridEvaluations > evaluationLimit)
+        throw Exception("normal_grid_integral", __LINE__,
+                        "The correlation integral did not settle within " + std::to_string(evaluationLimit) +
+                            " evaluations: the marginal's values span too many orders of magnitude.");
     return (*gridInner)(y) * gridOuterValue * Normal::standard_bivariate_normal_pdf(y, gridX, gridRho);
 }
 
@@ -50,6 +64,7 @@ double normal_grid_double_integral(NormalGridFactor& inner, NormalGridFactor& ou
     gridInner = &inner;
     gridOuter = &outer;
     gridRho = rho;
+    gridEvaluations = 0;
     return RombergIteration(integralLower, integralUpper, outerIntegrand, std::vector<double>(), integralTolerance);
 }
 
