@@ -15,7 +15,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string file = fuzz_input_file(data, size, ".conf");
     Process* p = nullptr;
     try {
-        Config config(file);
+        // As sylvar's command line names it: the file names its own model.
+        Config config;
+        config.setValue("paramfile", file, true);
         p = load_process(&config);
     } catch (const Exception&) {
         return 0;
