@@ -33,6 +33,9 @@ namespace {
 Exception invalidChep(int line) { return Exception("chep", line, "Invalid CHEP."); }
 Exception notChep(int line) { return Exception("chep", line, "Not a CHEP."); }
 
+// One double integral per pair of branches and lag.
+const unsigned long long kMaxType2Integrals = 2000;
+
 // E^-1(Phi(z)) of one Erlang branch.
 double branchTransform(double z, unsigned phases, double rate) {
     return Erlang::erlang_inverse_cdf(as::alnorm(z, false), phases, rate);
@@ -86,6 +89,13 @@ std::vector<double> type2Autocorrelation(HyperErlang* h, const std::vector<doubl
     const DistStats stats = h->getProperties(0);
     const std::vector<double> p = h->getProbabilities();
     const std::size_t n = p.size();
+    // Each integral takes some 7 ms: the limit keeps a call within 15 s.
+    const unsigned long long integrals = static_cast<unsigned long long>(n) * (n + 1) / 2 * rho.size();
+    if (integrals > kMaxType2Integrals)
+        throw Exception("chep", __LINE__,
+                        "The type-2 autocorrelations of " + std::to_string(n) + " branches at " +
+                            std::to_string(rho.size()) + " lags need " + std::to_string(integrals) +
+                            " double integrals; the limit is " + std::to_string(kMaxType2Integrals) + ".");
     std::vector<double> result;
     result.reserve(rho.size());
     for (double r : rho) {

@@ -214,6 +214,10 @@ TEST(CHEP, ModelsBeyondTheBoundsAreRefusedBeforeTheWork) {
                  "phases (7.6 MiB)."},
     };
     for (Case& k : cases) EXPECT_EQ(messageOf(k.action, k.source), k.expected);
+    // 32 branches: 528 pairs, one integral per pair and lag.
+    HyperErlang wide(std::vector<unsigned>(32, 1), std::vector<double>(32, 1.0), std::vector<double>(32, 1.0 / 32));
+    EXPECT_EQ(messageOf([&] { chep::compute_type2_autocorrelation(&wide, {0.5, 0.4, 0.3, 0.2}); }, "chep"),
+              "The type-2 autocorrelations of 32 branches at 4 lags need 2112 double integrals; the limit is 2000.");
     // At the limit the model stands.
     EXPECT_NO_THROW(chep(branches("500 500 ", "0.5 0.5 ", "2 1.5 "), FORMAT_XML));
 }
