@@ -5,7 +5,6 @@
 #include "markov/capp.h"
 #include "core/process_files.h"
 
-#include <cmath>
 #include <sstream>
 
 #include "config/conf.h"
@@ -71,16 +70,7 @@ void capp::resetParts() {
     clearPaths();
 }
 
-// A base of variance 0 (or none, for coefficients without a stationary
-// solution) can't be scaled to variance 1: every correlation of the model
-// would be no number.
-void capp::normaliseBase() {
-    const double variance = base->getAutocovariance(0);
-    if (!(variance > 0 && variance < HUGE_VAL))
-        throw Exception("capp", __LINE__, "The base process has no positive variance to normalise (" +
-                                           velmora::toString(variance) + ").");
-    base->setVariance(base->getVariance() / variance);
-}
+void capp::normaliseBase() { normalise_base_variance(*base, "capp"); }
 
 CPH* capp::requireMarginal() const {
     if (!acph) throw Exception("capp", __LINE__, "No phase-type distribution.");

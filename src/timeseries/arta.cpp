@@ -4,7 +4,6 @@
 #include "timeseries/arta.h"
 #include "core/process_files.h"
 
-#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -69,16 +68,7 @@ void ARTA::resetParts() {
     base = std::make_unique<ARIMA>();
 }
 
-// A base of variance 0 (or none, for coefficients without a stationary
-// solution) can't be scaled to variance 1: every correlation of the model
-// would be no number.
-void ARTA::normaliseBase() {
-    const double variance = base->getAutocovariance(0);
-    if (!(variance > 0 && variance < HUGE_VAL))
-        throw Exception("arta", __LINE__, "The base process has no positive variance to normalise (" +
-                                           velmora::toString(variance) + ").");
-    base->setVariance(base->getVariance() / variance);
-}
+void ARTA::normaliseBase() { normalise_base_variance(*base, "arta"); }
 
 // Everything that needs the marginal reports a missing one (a key-value
 // model without "distribution") with this message instead of failing on a
