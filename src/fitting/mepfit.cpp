@@ -3,8 +3,8 @@
 #include "fitting/mepfit.h"
 
 #include <cmath>
-#include <string>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "core/libvelmora_settings.h"

@@ -3,7 +3,8 @@
 //   rescaling bound OFLO raised to the largest double;
 // - ppchi2: Algorithm AS 91 (Best and Roberts 1975), Applied Statistics 24,
 //   with log Gamma(v/2) computed here, no range checks on p and v, the normal
-//   deviate of AS 241 and the incomplete gamma of AS 239.
+//   deviate of AS 241 and the incomplete gamma of AS 239; a result that is no
+//   number or below 0 is replaced by a bisection of gammad.
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
