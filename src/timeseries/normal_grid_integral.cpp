@@ -29,7 +29,7 @@ double gridOuterValue = 0.0;  // g(x) at the current outer value
 // over hundreds of orders of magnitude (a gamma marginal of shape 0.01) can
 // keep both levels from settling until 2^30 of them. Past this count the
 // integral gives up with a message instead.
-const unsigned long long evaluationLimit = 1ull << 23;
+const unsigned long long evaluationLimit = 1ull << 22;
 unsigned long long gridEvaluations = 0;
 
 double innerIntegrand(double y, std::vector<double>) {

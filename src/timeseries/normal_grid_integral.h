@@ -40,7 +40,7 @@ public:
 };
 
 // The integral above with f = inner and g = outer. Throws when it has not
-// settled after 2^23 evaluations of the integrand.
+// settled after 2^22 evaluations of the integrand.
 double normal_grid_double_integral(NormalGridFactor& inner, NormalGridFactor& outer, double rho);
 
 }  // namespace velmora

@@ -38,7 +38,7 @@ TEST(TraceFit, ValuesSpanningThreeHundredOrdersEndInAMessage) {
     TraceFitOrders orders;
     orders.lags = 2;
     EXPECT_EQ(messageOf([&] { delete tracefit_correlation(m, TRACEFIT_AUTO, &t, orders); }, "normal_grid_integral"),
-              "The correlation integral did not settle within 8388608 evaluations: the marginal's values span too "
+              "The correlation integral did not settle within 4194304 evaluations: the marginal's values span too "
               "many orders of magnitude.");
 }
 

@@ -132,7 +132,7 @@ TEST(ARTA, ExtremeGammaMarginalsEndInFiguresOrAMessage) {
     // Shape 0.009: values from 0 to 1e16 and beyond, as fitted to six values of 1.08e16 and one of 4.5e-308.
     ARTA spread(new Gamma(0.009, 1.2e18), {0.99}, 0.0, 1.0);
     EXPECT_EQ(messageOf([&] { spread.getAutocorrelations(1, 1); }, "normal_grid_integral"),
-              "The correlation integral did not settle within 8388608 evaluations: the marginal's values span too "
+              "The correlation integral did not settle within 4194304 evaluations: the marginal's values span too "
               "many orders of magnitude.");
     EXPECT_EQ(messageOf([] { ARTA flat(new Exponential(1), {0.5}, 0.0, 0.0); }, "arta"),
               "The base process has no positive variance to normalise (0).");
