@@ -31,6 +31,7 @@ double gridOuterValue = 0.0;  // g(x) at the current outer value
 // integral gives up with a message instead.
 const unsigned long long evaluationLimit = 1ull << 22;
 unsigned long long gridEvaluations = 0;
+unsigned long long gridEvaluationsBefore = 0;  // of the calls before this one
 
 double innerIntegrand(double y, std::vector<double>) {
     if (++gridEvaluations > evaluationLimit)
@@ -51,6 +52,8 @@ double outerIntegrand(double x, std::vector<double> params) {
 
 }  // namespace
 
+unsigned long long normal_grid_evaluation_count() { return gridEvaluationsBefore + gridEvaluations; }
+
 bool normal_grid_node(double z, unsigned* node) {
     const double r = std::nearbyint((z - integralLower) / gridStep);
     if (!(r >= 0.0 && r <= static_cast<double>(normal_grid_intervals))) return false;
@@ -64,6 +67,7 @@ double normal_grid_double_integral(NormalGridFactor& inner, NormalGridFactor& ou
     gridInner = &inner;
     gridOuter = &outer;
     gridRho = rho;
+    gridEvaluationsBefore += gridEvaluations;
     gridEvaluations = 0;
     return RombergIteration(integralLower, integralUpper, outerIntegrand, std::vector<double>(), integralTolerance);
 }
