@@ -236,9 +236,8 @@ double ARIMA::getNextRandomVariate() {
 
 void normalise_base_variance(ARIMA& base, const char* source) {
     const double variance = base.getAutocovariance(0);
-    if (!(variance > 0 && variance < HUGE_VAL))
-        throw Exception(source, __LINE__,
-                        "The base process has no positive variance to normalise (" + toString(variance) + ").");
+    if (variance == 0 || std::isnan(variance))
+        throw Exception(source, __LINE__, "The base process has no variance to normalise (" + toString(variance) + ").");
     base.setVariance(base.getVariance() / variance);
 }
 

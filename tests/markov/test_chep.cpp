@@ -205,7 +205,7 @@ TEST(CHEP, ModelsBeyondTheBoundsAreRefusedBeforeTheWork) {
         // The reader builds no distribution without the key.
         {[&] { load("chep_nodist.conf", "ar = 0.5\n"); }, "chep", "CHEP requires Hyper-Erlang distribution."},
         {[&] { load("chep_flat.conf", kv + "arma_variance = 0\ntype = type2\n"); }, "capp",
-         "The base process has no positive variance to normalise (0)."},
+         "The base process has no variance to normalise (0)."},
         {[&] { chep(branches("1  230000 1.50 ", "0.3 0.3 0.4 ", "1 2 3 "), FORMAT_XML); }, "matrix",
          dense + "230002 phases needs matrices of 230002 x 230002 values (394.1 GiB each); the limit is 1000 phases "
                  "(7.6 MiB)."},

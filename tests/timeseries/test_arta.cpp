@@ -135,7 +135,7 @@ TEST(ARTA, ExtremeGammaMarginalsEndInFiguresOrAMessage) {
               "The correlation integral did not settle within 4194304 evaluations: the marginal's values span too "
               "many orders of magnitude.");
     EXPECT_EQ(messageOf([] { ARTA flat(new Exponential(1), {0.5}, 0.0, 0.0); }, "arta"),
-              "The base process has no positive variance to normalise (0).");
+              "The base process has no variance to normalise (0).");
 }
 
 const std::string exampleModel = std::string(VELMORA_SOURCE_DIR) + "/examples/arta.xml";
