@@ -3,6 +3,10 @@
 #   bash build.sh example   generate a trace from examples/map.xml and print the summaries
 #   bash build.sh test      build with warnings as errors and run every test
 #   bash build.sh python    build the Python module and run its tests only
+#   bash build.sh fuzz [SECONDS]  build the fuzz targets with clang, replay the
+#                           corpus in fuzz/corpus, then fuzz each target for
+#                           SECONDS (default 60); fails on a crash, a leak, a
+#                           run over 10 s or over 2 GB
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -12,6 +16,8 @@ packages="$packages pkg-config"
 # The Python module, its tests and the Dask example, for Debian's python3.
 packages="$packages python3-dev python3-numpy pybind11-dev python3-pybind11 python3-pytest python3-distributed"
 packages="$packages python3-setuptools python3-wheel python3-pip python3-venv"
+# The fuzz targets need clang with its libFuzzer and sanitizer runtimes.
+[ "${1:-test}" = fuzz ] && packages="$packages clang-14 libclang-rt-14-dev"
 missing=""
 for p in $packages; do
     dpkg -s "$p" >/dev/null 2>&1 || missing="$missing $p"
@@ -47,8 +53,28 @@ sanitize)
     cmake --build build-sanitize -j "$jobs"
     ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
     ;;
+fuzz)
+    seconds="${2:-60}"
+    cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
+        -DVELMORA_FUZZ=ON -DVELMORA_TESTS=OFF -DVELMORA_PYTHON=OFF >/dev/null
+    cmake --build build-fuzz -j "$jobs"
+    limits="-rss_limit_mb=2048 -timeout=10 -max_len=4096"
+    mkdir -p build-fuzz/artifacts
+    for target in xml_model config_model readers fitters; do
+        binary="build-fuzz/fuzz/fuzz_$target"
+        echo "== fuzz_$target: replaying fuzz/corpus/$target"
+        # Given files instead of folders, libFuzzer runs each of them once.
+        "$binary" $limits -artifact_prefix=build-fuzz/artifacts/ fuzz/corpus/"$target"/*
+        # New inputs go to a scratch folder, the checked-in corpus stays as it is.
+        work="build-fuzz/corpus/$target"
+        mkdir -p "$work"
+        echo "== fuzz_$target: fuzzing for $seconds s"
+        "$binary" $limits -max_total_time="$seconds" -print_final_stats=1 \
+            -artifact_prefix=build-fuzz/artifacts/ "$work" fuzz/corpus/"$target"
+    done
+    ;;
 *)
-    echo "usage: bash build.sh [example|test|python|sanitize]" >&2
+    echo "usage: bash build.sh [example|test|python|sanitize|fuzz [SECONDS]]" >&2
     exit 2
     ;;
 esac

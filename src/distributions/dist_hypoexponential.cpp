@@ -61,8 +61,10 @@ DistStats HypoExponential::getProperties(unsigned n) { return hypo_exponential_s
 void HypoExponential::paramCheck() { checkParameters(rates); }
 
 CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry) {
-    unsigned order = 0;
-    for (const std::vector<double>& chain : chains) order += static_cast<unsigned>(chain.size());
+    unsigned long long total = 0;
+    for (const std::vector<double>& chain : chains) total += chain.size();
+    check_dense_order(total, "A phase-type form");
+    const unsigned order = static_cast<unsigned>(total);
     Matrix T(order, order);
     Vector tau(order, true);
     unsigned offset = 0;

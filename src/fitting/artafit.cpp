@@ -5,12 +5,14 @@
 #include <cmath>
 #include <memory>
 #include <sstream>
+#include <string>
 #include <utility>
 
 #include "core/libvelmora_settings.h"
 #include "fitting/arimafit.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
+#include "timeseries/normal_grid_integral.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -39,13 +41,24 @@ void checkTargets(const std::vector<double>& target) {
 
 // The search state of one arta_find_arma_autocorrelation: the cache is empty
 // and the marginal's transformed values are released however it ends.
+// The integrand evaluations one search may spend per target lag, some four
+// times the most that the fits of the tests and examples need. A marginal whose
+// values span a hundred orders of magnitude and more keeps every integral
+// near its own limit; the search then ends with a message.
+const unsigned long long kSearchEvaluationsPerLag = 1ull << 23;
+unsigned long long searchEvaluationStart = 0;
+unsigned long long searchEvaluationLimit = 0;
+
 struct SearchScope {
-    explicit SearchScope(Dist* d) {
+    SearchScope(Dist* d, std::size_t lags) {
+        searchEvaluationStart = normal_grid_evaluation_count();
+        searchEvaluationLimit = kSearchEvaluationsPerLag * (lags == 0 ? 1 : lags);
         artafit_autocorrelation_cache.clear();
         artafit_compute_ac_dist = d;
         arta_process_hold_marginal(d);
     }
     ~SearchScope() {
+        searchEvaluationLimit = 0;
         arta_process_release_marginal();
         artafit_autocorrelation_cache.clear();
     }
@@ -120,8 +133,13 @@ ARTA* ARTAFit::fit_arta_model() {
             // The constructor owns the marginal from its first line; the
             // normalisation it runs has just succeeded for s2, so only a
             // failing allocation could take the marginal with it.
-            candidates.list.push_back(nullptr);
-            candidates.list.back() = new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            // A base without a positive variance has no stationary solution
+            // and can't be normalised; it would never be chosen.
+            if (s2 > 0 && s2 < HUGE_VAL) {
+                candidates.list.push_back(nullptr);
+                candidates.list.back() =
+                    new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            }
             if (q == qRange.max) break;
         }
         if (p == pRange.max) break;
@@ -133,7 +151,7 @@ ARTA* ARTAFit::fit_arta_model() {
 }
 
 std::vector<double> ARTAFit::arta_find_arma_autocorrelation(std::vector<double> ac) {
-    const SearchScope scope(dist);
+    const SearchScope scope(dist, ac.size());
     return ARIMAFit::invert_autocorrelations(ac, &artafit_compute_ac_main_ac, eval_autocorrelation);
 }
 
@@ -145,6 +163,11 @@ double ARTAFit::eval_autocorrelation(double rho) {
     } else {
         v = arta_process_compute_autocorrelations(artafit_compute_ac_dist, {rho})[0];
         artafit_autocorrelation_cache[rho] = v;
+        if (searchEvaluationLimit != 0 && normal_grid_evaluation_count() - searchEvaluationStart > searchEvaluationLimit)
+            throw Exception("artafit", __LINE__,
+                            "The search of the base autocorrelations took more than " +
+                                std::to_string(searchEvaluationLimit) +
+                                " integrand evaluations: the marginal's values span too many orders of magnitude.");
     }
     return std::pow(artafit_compute_ac_main_ac - v, 2.0);
 }

@@ -71,7 +71,7 @@ void capp::resetParts() {
     clearPaths();
 }
 
-void capp::normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
+void capp::normaliseBase() { normalise_base_variance(*base, "capp"); }
 
 CPH* capp::requireMarginal() const {
     if (!acph) throw Exception("capp", __LINE__, "No phase-type distribution.");

@@ -34,6 +34,9 @@ namespace {
 Exception invalidChep(int line) { return Exception("chep", line, "Invalid CHEP."); }
 Exception notChep(int line) { return Exception("chep", line, "Not a CHEP."); }
 
+// One double integral per pair of branches and lag.
+const unsigned long long kMaxType2Integrals = 2000;
+
 // E^-1(Phi(z)) of one Erlang branch.
 double branchTransform(double z, unsigned phases, double rate) {
     return Erlang::erlang_inverse_cdf(as::alnorm(z, false), phases, rate);
@@ -89,6 +92,13 @@ std::vector<double> type2Autocorrelation(HyperErlang* h, const std::vector<doubl
     const DistStats stats = h->stats(0);
     const std::vector<double> p = h->getProbabilities();
     const std::size_t n = p.size();
+    // Each integral takes some 7 ms: the limit keeps a call within 15 s.
+    const unsigned long long integrals = static_cast<unsigned long long>(n) * (n + 1) / 2 * rho.size();
+    if (integrals > kMaxType2Integrals)
+        throw Exception("chep", __LINE__,
+                        "The type-2 autocorrelations of " + std::to_string(n) + " branches at " +
+                            std::to_string(rho.size()) + " lags need " + std::to_string(integrals) +
+                            " double integrals; the limit is " + std::to_string(kMaxType2Integrals) + ".");
     std::vector<double> result;
     result.reserve(rho.size());
     for (double r : rho) {
@@ -208,12 +218,11 @@ void chep::appendBranchPaths(const HyperErlang& h, cph_path_list& paths, std::ve
 
 void chep::load(Config* config) {
     resetChepParts();
-    Dist* d = loadDistribution(config);
-    if (d->getType() != DIST_HYPERERLANG) {
-        delete d;
+    // Without a key "distribution" the reader builds nothing.
+    std::unique_ptr<Dist> d(loadDistribution(config));
+    if (!d || d->getType() != DIST_HYPERERLANG)
         throw Exception("chep", __LINE__, "CHEP requires Hyper-Erlang distribution.");
-    }
-    hyperErlang.reset(static_cast<HyperErlang*>(d));
+    hyperErlang.reset(static_cast<HyperErlang*>(d.release()));
     hyperErlang->sortBranches();
     if (config->existsKey("model") && config->getValue("model") != "chep")
         throw Exception("chep", __LINE__, "Not an CHEP model.");
@@ -238,12 +247,9 @@ void chep::load(XMLElement* element) {
     base->load(arima);
     XMLElement* dist = element->getChildElement("dist");
     if (dist == nullptr) throw invalidChep(__LINE__);
-    Dist* d = loadDistribution(dist);
-    if (d->getType() != DIST_HYPERERLANG) {
-        delete d;
-        throw invalidChep(__LINE__);
-    }
-    hyperErlang.reset(static_cast<HyperErlang*>(d));
+    std::unique_ptr<Dist> d(loadDistribution(dist));
+    if (!d || d->getType() != DIST_HYPERERLANG) throw invalidChep(__LINE__);
+    hyperErlang.reset(static_cast<HyperErlang*>(d.release()));
     hyperErlang->sortBranches();
     chepType = CHEP_TYPE_1;
     XMLElement* typeElement = element->getChildElement("type");

@@ -89,7 +89,8 @@ void vrshft(unsigned l3, double* zr, double* zi, bool* conv);
 
 // Integral of f over [a, b] by Romberg's method. f receives the variable and
 // a copy of params. Levels are added until the relative change of the
-// diagonal drops below tol, at most 15 of them (2^15 + 1 evaluations).
+// diagonal drops below tol, at most 15 of them (2^15 + 1 evaluations); a
+// diagonal that is no number ends the levels, as the result will be none.
 double RombergIteration(double a, double b, double (*f)(double, std::vector<double>),
                         std::vector<double> params, double tol);
 

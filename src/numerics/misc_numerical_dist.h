@@ -26,6 +26,8 @@ double gammad(double x, double p);
 
 // Chi-squared quantile for probability p and v degrees of freedom by
 // Algorithm AS 91 (Best and Roberts 1975), accurate to about 5e-7 relative.
+// Where its Taylor steps end at no number or below 0 (the far lower tail of
+// large v, p below about 1e-13 for v = 54), by bisection of gammad instead.
 double ppchi2(double p, double v);
 
 }  // namespace as

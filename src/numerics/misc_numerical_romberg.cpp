@@ -41,6 +41,9 @@ double RombergIteration(double a, double b, double (*f)(double, std::vector<doub
         // Relative change of the diagonal only, with no floor: a diagonal of
         // exactly 0 gives no number here, so the test never fires then.
         if (std::fabs((R[n][n] - R[n - 1][n - 1]) / R[n][n]) < tol || n == maxLevel) break;
+        // Every later diagonal is formed from this one: once it is no number,
+        // so is the result, and the remaining levels would only cost time.
+        if (std::isnan(R[n][n])) break;
     }
     return R[n][n];
 }

@@ -68,7 +68,7 @@ void ARTA::resetParts() {
     base = std::make_unique<ARIMA>();
 }
 
-void ARTA::normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
+void ARTA::normaliseBase() { normalise_base_variance(*base, "arta"); }
 
 // Everything that needs the marginal reports a missing one (a key-value
 // model without "distribution") with this message instead of failing on a

@@ -39,7 +39,12 @@ public:
     }
 };
 
-// The integral above with f = inner and g = outer.
+// The integrand evaluations of all integrals so far, for callers that bound
+// a whole search.
+unsigned long long normal_grid_evaluation_count();
+
+// The integral above with f = inner and g = outer. Throws when it has not
+// settled after 2^22 evaluations of the integrand.
 double normal_grid_double_integral(NormalGridFactor& inner, NormalGridFactor& outer, double rho);
 
 }  // namespace velmora

@@ -81,6 +81,17 @@ TEST(Ppchi2, MatchesChiSquaredQuantileToOnePartInAMillion) {
     EXPECT_EQ(failureOf([] { as::ppchi2(0.5, 0); }), "misc_numerical: Invalid value for loggamma.");
 }
 
+TEST(Ppchi2, FarLowerTailsOfLargeShapesAreQuantilesStill) {
+    // The ARTA transform of a gamma of shape 27.2 at the ends of its grid, where the Taylor steps of AS 91 lead to
+    // no number or below 0. p = scipy.stats.norm.cdf(z); expected: 2 * scipy.stats.gamma.ppf(p, 27.2).
+    const struct { double p, expected; } cases[] = {
+        {7.61985302416047e-24, 2 * 1.6473337641886427},    // z = -10
+        {6.22096057427174e-16, 2 * 3.4275607054163615},    // z = -8
+        {3.1908916729108844e-14, 2 * 4.0493096040769885},  // z = -7.5
+    };
+    for (const auto& c : cases) EXPECT_NEAR(as::ppchi2(c.p, 54.4), c.expected, 1e-9 * c.expected) << "p = " << c.p;
+}
+
 TEST(Mvphi, MatchesNormalDistributionToFullPrecision) {
     // scipy.special.ndtr
     const Pair cases[] = {
