@@ -31,31 +31,34 @@ if [ -n "$missing" ]; then
 fi
 
 jobs=$(nproc 2>/dev/null || echo 2)
+# A compiler cache, when the machine has one, makes repeated builds cheap.
+launcher=""
+command -v ccache >/dev/null 2>&1 && launcher="-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"
 case "${1:-test}" in
 example)
-    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+    cmake -S . -B build $launcher -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
     cmake --build build --target sylvar sylvar-fit -j "$jobs"
     ./build/sylvar -model=examples/map.xml -trace=build/example_trace.txt -seed=7 -observations=10000
     ;;
 test)
-    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON -DVELMORA_BENCH=ON >/dev/null
+    cmake -S . -B build $launcher -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON -DVELMORA_BENCH=ON >/dev/null
     cmake --build build -j "$jobs"
     ctest --test-dir build --output-on-failure -j "$jobs"
     ;;
 python)
-    cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON -DVELMORA_BENCH=ON >/dev/null
+    cmake -S . -B build $launcher -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_WERROR=ON -DVELMORA_BENCH=ON >/dev/null
     cmake --build build --target velmora_python sylvar -j "$jobs"
     ctest --test-dir build --output-on-failure -R '^python_module$'
     ;;
 sanitize)
-    cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_WERROR=ON \
+    cmake -S . -B build-sanitize $launcher -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_WERROR=ON \
         -DVELMORA_SANITIZE=ON >/dev/null
     cmake --build build-sanitize -j "$jobs"
     ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
     ;;
 fuzz)
     seconds="${2:-60}"
-    cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
+    cmake -S . -B build-fuzz $launcher -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
         -DVELMORA_FUZZ=ON -DVELMORA_TESTS=OFF -DVELMORA_PYTHON=OFF >/dev/null
     cmake --build build-fuzz -j "$jobs"
     limits="-rss_limit_mb=2048 -timeout=10 -max_len=4096"
