@@ -1,0 +1,399 @@
+// The search over branch structures and starts of the Erlang-branch MAP EM,
+// and the model it returns. The two EM steps are in mapem_kernel.cpp.
+#include "fitting/mapem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <sstream>
+
+#include "core/libvelmora_settings.h"
+#include "fitting/mapem_kernel.h"
+#include "numerics/random.h"
+#include "traces/trace_mc.h"
+
+namespace velmora {
+namespace mapem {
+
+using detail::Data;
+using detail::Params;
+using detail::Work;
+
+namespace {
+
+const double kMinusInf = -std::numeric_limits<double>::infinity();
+// Above maxStructures partitions, balanced structures of 1 .. this many
+// branches are tried.
+const unsigned kMaxBranchesBalanced = 8;
+// Seed of the jittered starts: a fit is a function of its data.
+const unsigned long kJitterSeed = 20130916;
+// Weight of the diagonal in the start of the branch transition matrix.
+const double kStartStay = 0.5;
+
+[[noreturn]] void fail(int line, const std::string& message) { throw Exception("mapem", line, message); }
+
+void checkOrder(unsigned order) {
+    if (order == 0 || order > kMaxOrder)
+        fail(__LINE__, "Invalid MAP order " + std::to_string(order) + ": it must be 1 to " +
+                           std::to_string(kMaxOrder) + ".");
+}
+
+unsigned parameterCount(unsigned branches, unsigned classes) { return branches * branches * classes; }
+
+Data makeData(const std::vector<double>& values, const std::vector<unsigned>& classOf, unsigned classes) {
+    if (values.empty()) fail(__LINE__, "Cannot fit a MAP to an empty trace.");
+    Data d;
+    d.classes = classes;
+    d.x = values;
+    d.logx.resize(values.size());
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        const double v = values[k];
+        if (!std::isfinite(v) || !(v > 0)) {
+            std::ostringstream s;
+            s << "Cannot fit a MAP: value " << (k + 1) << " (" << v << ") is not a positive finite number.";
+            fail(__LINE__, s.str());
+        }
+        d.logx[k] = std::log(v);
+    }
+    if (classOf.empty()) {
+        d.cls.assign(values.size(), 0);
+    } else {
+        if (classOf.size() != values.size()) fail(__LINE__, "The class list and the values differ in length.");
+        for (unsigned c : classOf)
+            if (c >= classes) fail(__LINE__, "A class index is beyond the number of classes.");
+        d.cls = classOf;
+    }
+    return d;
+}
+
+// One start of one structure and how far its EM has come.
+struct Fit {
+    Params p;
+    double logLikelihood = kMinusInf;  // at p, first branch from p.alpha
+    double previous = kMinusInf;
+    unsigned iterations = 0;
+    bool converged = false;
+};
+
+// EM from the fit's parameters until the gain test is met or `limit`
+// iterations are done in all; called again, it goes on where it stopped.
+void run(const Data& d, Fit& f, Work& w, unsigned limit, double tolerance) {
+    for (;;) {
+        const double ll = detail::expectation(d, f.p, w);
+        f.logLikelihood = ll;
+        if (ll == kMinusInf) return;
+        if (f.previous != kMinusInf && ll - f.previous <= tolerance * std::fabs(ll)) {
+            f.converged = true;
+            return;
+        }
+        if (f.iterations >= limit) return;
+        detail::maximisation(d, f.p, w);
+        ++f.iterations;
+        f.previous = ll;
+    }
+}
+
+// The deterministic start: branch i (orders as given) with its mean at the
+// quantile (i + 1/2) / B of the data, the first branch uniform, and each
+// class's transition matrix its share of the events times a matrix that
+// keeps the branch with kStartStay and spreads the rest evenly.
+Params start(const std::vector<unsigned>& orders, const std::vector<double>& sorted,
+             const std::vector<double>& classShare) {
+    Params p;
+    p.r = orders;
+    const unsigned B = p.branches();
+    const unsigned C = static_cast<unsigned>(classShare.size());
+    p.lambda.resize(B);
+    for (unsigned i = 0; i < B; ++i) {
+        const double q = (i + 0.5) / B;
+        const std::size_t at = std::min(sorted.size() - 1, static_cast<std::size_t>(q * sorted.size()));
+        p.lambda[i] = orders[i] / sorted[at];
+    }
+    p.alpha.assign(B, 1.0 / B);
+    p.P.assign(static_cast<std::size_t>(C) * B * B, 0);
+    for (unsigned c = 0; c < C; ++c)
+        for (unsigned i = 0; i < B; ++i)
+            for (unsigned j = 0; j < B; ++j)
+                p.P[(static_cast<std::size_t>(c) * B + i) * B + j] =
+                    classShare[c] * ((1 - kStartStay) / B + (i == j ? kStartStay : 0.0));
+    return p;
+}
+
+// The structures tried for a total order: every partition, or for orders
+// with too many partitions the balanced ones (B parts differing by at most 1).
+std::vector<std::vector<unsigned>> structuresOf(unsigned order, std::size_t maxStructures) {
+    std::vector<std::vector<unsigned>> all;
+    if (order <= 40) {
+        all = partitions(order);
+        if (all.size() <= maxStructures) return all;
+        all.clear();
+    }
+    for (unsigned B = 1; B <= std::min(order, kMaxBranchesBalanced); ++B) {
+        std::vector<unsigned> s(B, order / B);
+        for (unsigned i = 0; i < order % B; ++i) ++s[i];
+        all.push_back(s);
+    }
+    return all;
+}
+
+struct Search {
+    Fit best;
+    unsigned structures = 0;
+};
+
+// Short runs of every structure, further starts of the best, and the best
+// of those on to convergence.
+Search search(const Data& d, const std::vector<std::vector<unsigned>>& candidates, const Options& o) {
+    if (o.probeIterations == 0 || o.maxIterations == 0 || !(o.tolerance >= 0) || o.starts == 0)
+        fail(__LINE__, "Invalid EM options: iterations and starts must be positive, the tolerance not negative.");
+    std::vector<double> sorted(d.x);
+    std::sort(sorted.begin(), sorted.end());
+    std::vector<double> share(d.classes, 0);
+    for (unsigned c : d.cls) share[c] += 1;
+    for (double& s : share) s /= static_cast<double>(d.size());
+
+    Search out;
+    Work w;
+    const unsigned probe = std::min(o.probeIterations, o.maxIterations);
+    for (const auto& s : candidates) {
+        if (parameterCount(static_cast<unsigned>(s.size()), d.classes) > d.size()) continue;
+        ++out.structures;
+        std::vector<unsigned> ascending(s.rbegin(), s.rend());
+        Fit f;
+        f.p = start(ascending, sorted, share);
+        w.resize(d.size(), f.p.branches(), d.classes);
+        run(d, f, w, probe, o.tolerance);
+        if (f.logLikelihood > out.best.logLikelihood || out.best.p.r.empty()) out.best = f;
+    }
+    if (out.structures == 0) {
+        std::ostringstream s;
+        s << "Cannot fit a MAP: " << d.size() << " values are fewer than the " << parameterCount(1, d.classes)
+          << " parameters of the smallest model.";
+        fail(__LINE__, s.str());
+    }
+    if (out.best.logLikelihood == kMinusInf)
+        fail(__LINE__, "Cannot fit a MAP: no structure gives the values a positive density.");
+
+    // Further starts of the best structure: the other orders of its
+    // branches over the quantiles, then jittered rates around its first start.
+    const std::vector<unsigned> kept = out.best.p.r;
+    const unsigned B = static_cast<unsigned>(kept.size());
+    w.resize(d.size(), B, d.classes);
+    std::vector<unsigned> order = kept;
+    std::sort(order.begin(), order.end());
+    Rand jitter(kJitterSeed);
+    unsigned made = 1;
+    bool permuting = std::next_permutation(order.begin(), order.end());
+    while (made < o.starts) {
+        Fit f;
+        if (permuting) {
+            f.p = start(order, sorted, share);
+            permuting = std::next_permutation(order.begin(), order.end());
+        } else {
+            std::vector<unsigned> ascending = kept;
+            std::sort(ascending.begin(), ascending.end());
+            f.p = start(ascending, sorted, share);
+            for (double& l : f.p.lambda) l *= std::exp(2 * jitter.drawRandomNumber() - 1);
+        }
+        ++made;
+        run(d, f, w, probe, o.tolerance);
+        if (f.logLikelihood > out.best.logLikelihood) out.best = f;
+    }
+    run(d, out.best, w, o.maxIterations, o.tolerance);
+    return out;
+}
+
+Result makeResult(const Data& d, Search&& s, std::vector<std::string> classes) {
+    Result r;
+    const Params& p = s.best.p;
+    const unsigned B = p.branches();
+    const unsigned C = d.classes;
+    const std::size_t BB = static_cast<std::size_t>(B) * B;
+    unsigned N = 0;
+    std::vector<unsigned> offset(B);
+    for (unsigned i = 0; i < B; ++i) {
+        offset[i] = N;
+        N += p.r[i];
+    }
+    Matrix D0(N, N);
+    std::vector<Matrix> events(C, Matrix(N, N));
+    for (unsigned i = 0; i < B; ++i) {
+        const double l = p.lambda[i];
+        for (unsigned q = 0; q < p.r[i]; ++q) {
+            D0[offset[i] + q][offset[i] + q] = -l;
+            if (q + 1 < p.r[i]) D0[offset[i] + q][offset[i] + q + 1] = l;
+        }
+        const unsigned last = offset[i] + p.r[i] - 1;
+        for (unsigned c = 0; c < C; ++c)
+            for (unsigned j = 0; j < B; ++j) events[c][last][offset[j]] = l * p.P[c * BB + i * B + j];
+    }
+    Matrix D1(N, N);
+    for (unsigned c = 0; c < C; ++c) D1 = D1 + events[c];
+    r.map = std::make_unique<MAP>(D0, D1);
+    r.matrices.push_back(D0);
+    if (C == 1) r.matrices.push_back(D1);
+    else
+        for (auto& e : events) r.matrices.push_back(e);
+    r.classes = std::move(classes);
+    r.structure = p.r;
+    r.rates = p.lambda;
+    for (unsigned c = 0; c < C; ++c) r.transitions.emplace_back(p.P.begin() + c * BB, p.P.begin() + (c + 1) * BB);
+    Work w;
+    w.resize(d.size(), B, C);
+    r.logLikelihood = detail::log_likelihood(d, p, detail::stationary(p, C), w);
+    r.parameters = parameterCount(B, C);
+    r.n = d.size();
+    r.aic = 2.0 * r.parameters - 2 * r.logLikelihood;
+    r.bic = r.parameters * std::log(static_cast<double>(r.n)) - 2 * r.logLikelihood;
+    r.iterations = s.best.iterations;
+    r.converged = s.best.converged;
+    r.structures = s.structures;
+    if (!r.converged) {
+        std::ostringstream m;
+        m << "The MAP EM stopped after " << r.iterations
+          << " iterations without meeting its convergence test; more iterations may improve the result.";
+        libvelmora_warning("mapem", __LINE__, m.str());
+    }
+    return r;
+}
+
+}  // namespace
+
+Result::Result() = default;
+Result::Result(const Result& other)
+    : map(other.map ? std::make_unique<MAP>(*other.map) : nullptr),
+      matrices(other.matrices),
+      classes(other.classes),
+      structure(other.structure),
+      rates(other.rates),
+      transitions(other.transitions),
+      logLikelihood(other.logLikelihood),
+      parameters(other.parameters),
+      n(other.n),
+      aic(other.aic),
+      bic(other.bic),
+      iterations(other.iterations),
+      converged(other.converged),
+      structures(other.structures) {}
+Result& Result::operator=(const Result& other) {
+    if (this != &other) *this = Result(other);
+    return *this;
+}
+Result::Result(Result&&) noexcept = default;
+Result& Result::operator=(Result&&) noexcept = default;
+Result::~Result() = default;
+
+MMAP Result::asMMAP() const { return MMAP(matrices); }
+
+std::vector<std::vector<unsigned>> partitions(unsigned n) {
+    std::vector<std::vector<unsigned>> out;
+    std::vector<unsigned> a{n};
+    if (n == 0) return {{}};
+    // Each partition from the one before: take one from the last part above
+    // 1 and spread what follows it in parts no larger.
+    for (;;) {
+        out.push_back(a);
+        std::size_t k = a.size();
+        unsigned rest = 0;
+        while (k > 0 && a[k - 1] == 1) {
+            ++rest;
+            --k;
+        }
+        if (k == 0) break;
+        const unsigned part = --a[k - 1];
+        ++rest;
+        a.resize(k);
+        while (rest > part) {
+            a.push_back(part);
+            rest -= part;
+        }
+        if (rest > 0) a.push_back(rest);
+    }
+    return out;
+}
+
+Result fit_map(const std::vector<double>& data, unsigned order, const Options& options) {
+    checkOrder(order);
+    const Data d = makeData(data, {}, 1);
+    return makeResult(d, search(d, structuresOf(order, options.maxStructures), options), {});
+}
+
+Result fit_map_structure(const std::vector<double>& data, const std::vector<unsigned>& structure,
+                         const Options& options) {
+    unsigned order = 0;
+    for (unsigned r : structure) {
+        if (r == 0) fail(__LINE__, "A branch of a MAP structure has no phases.");
+        order += r;
+    }
+    checkOrder(order);
+    const Data d = makeData(data, {}, 1);
+    return makeResult(d, search(d, {structure}, options), {});
+}
+
+Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const Options& options,
+                      std::vector<Result>* candidates) {
+    checkOrder(maxOrder);
+    const Data d = makeData(data, {}, 1);
+    Result best;
+    for (unsigned order = 1; order <= maxOrder; ++order) {
+        if (parameterCount(1, 1) > d.size()) break;
+        Search s = search(d, structuresOf(order, options.maxStructures), options);
+        Result r = makeResult(d, std::move(s), {});
+        const bool better = !best.map || r.aic < best.aic;
+        if (candidates != nullptr) candidates->push_back(r);
+        if (better) best = std::move(r);
+    }
+    return best;
+}
+
+Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& classOf, unsigned classes,
+                unsigned order, const Options& options) {
+    checkOrder(order);
+    if (classes < 2) fail(__LINE__, "Cannot fit a marked MAP to a trace of one class.");
+    const Data d = makeData(data, classOf, classes);
+    std::vector<std::string> names;
+    for (unsigned c = 0; c < classes; ++c) names.push_back("class" + std::to_string(c + 1));
+    return makeResult(d, search(d, structuresOf(order, options.maxStructures), options), names);
+}
+
+Result fit_mmap(MCTrace& trace, unsigned order, const Options& options) {
+    std::map<std::string, unsigned> index;
+    const unsigned n = trace.getSize();
+    std::vector<double> values(n);
+    std::vector<std::string> label(n);
+    for (unsigned k = 0; k < n; ++k) {
+        const MCTElement e = trace.getElement(k);
+        values[k] = e.value;
+        label[k] = e.elementClass;
+        index.emplace(e.elementClass, 0);
+    }
+    std::vector<std::string> names;
+    for (auto& [name, at] : index) {
+        at = static_cast<unsigned>(names.size());
+        names.push_back(name);
+    }
+    if (names.size() < 2)
+        fail(__LINE__, "Cannot fit a marked MAP: the trace has " + std::to_string(names.size()) +
+                           " class" + (names.size() == 1 ? "" : "es") + ", at least two are needed.");
+    std::vector<unsigned> classOf(n);
+    for (unsigned k = 0; k < n; ++k) classOf[k] = index[label[k]];
+    Result r = fit_mmap(values, classOf, static_cast<unsigned>(names.size()), order, options);
+    r.classes = names;
+    return r;
+}
+
+double log_likelihood(const Result& fit, const std::vector<double>& data, const std::vector<unsigned>& classOf) {
+    const unsigned C = static_cast<unsigned>(fit.transitions.size());
+    const Data d = makeData(data, classOf, C);
+    Params p;
+    p.r = fit.structure;
+    p.lambda = fit.rates;
+    for (const auto& t : fit.transitions) p.P.insert(p.P.end(), t.begin(), t.end());
+    Work w;
+    w.resize(d.size(), p.branches(), C);
+    return detail::log_likelihood(d, p, detail::stationary(p, C), w);
+}
+
+}  // namespace mapem
+}  // namespace velmora

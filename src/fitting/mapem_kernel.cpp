@@ -1,0 +1,276 @@
+// The scaled forward-backward pass and the closed-form M-step of the
+// Erlang-branch MAP EM.
+//
+// With g_k(j) the density of value k under branch j divided by the largest
+// of them (that factor, exp(m_k), goes straight into the log-likelihood) and
+// c_k the sum that rescales the forward vector at k to a probability vector,
+//   a_0 = alpha .* g_0 / c_0,   a_k = (a_{k-1} P_{c(k-1)}) .* g_k / c_k,
+//   b_{n-1} = P_{c(n-1)} 1 / e, b_{k-1} = P_{c(k-1)} (g_k .* b_k) / c_k,
+// where e = a_{n-1} P_{c(n-1)} 1 closes the likelihood with the class of the
+// last event (1 for a plain trace), and logL = sum_k (m_k + ln c_k) + ln e.
+// a_k .* b_k is then the posterior of interval k's branch, and
+// a_{k-1}(i) P_c[i][j] g_k(j) b_k(j) / c_k that of the transition i -> j.
+// The backward pass adds up the counts as it goes, so only the forward
+// vectors and the densities are stored.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "core/libvelmora_settings.h"
+#include "fitting/mapem_kernel.h"
+#include "numerics/matrix.h"
+#include "numerics/misc_linalg.h"
+
+namespace velmora {
+namespace mapem {
+namespace detail {
+
+namespace {
+
+const double kMinusInf = -std::numeric_limits<double>::infinity();
+
+// Fills w.G with the scaled densities and returns sum_k m_k.
+double densities(const Data& d, const Params& p, Work& w) {
+    const unsigned B = p.branches();
+    // At most 64 branches, as the order is at most 64.
+    double K[64], shape[64];
+    for (unsigned j = 0; j < B; ++j) {
+        const double r = p.r[j];
+        K[j] = r * std::log(p.lambda[j]) - std::lgamma(r);
+        shape[j] = r - 1;
+    }
+    const double* x = d.x.data();
+    const double* lx = d.logx.data();
+    const double* lambda = p.lambda.data();
+    double* G = w.G.data();
+    double total = 0;
+    const std::size_t n = d.size();
+    for (std::size_t k = 0; k < n; ++k) {
+        double* g = G + k * B;
+        double top = kMinusInf;
+        for (unsigned j = 0; j < B; ++j) {
+            const double v = K[j] + shape[j] * lx[k] - lambda[j] * x[k];
+            g[j] = v;
+            top = std::max(top, v);
+        }
+        for (unsigned j = 0; j < B; ++j) g[j] = std::exp(g[j] - top);
+        total += top;
+    }
+    return total;
+}
+
+// The forward pass from `start`; returns sum_k ln c_k + ln e, or -infinity.
+double forward(const Data& d, const Params& p, const double* start, Work& w) {
+    const unsigned B = p.branches();
+    const std::size_t BB = static_cast<std::size_t>(B) * B;
+    const std::size_t n = d.size();
+    const double* G = w.G.data();
+    double* A = w.A.data();
+    double* scale = w.scale.data();
+    const unsigned* cls = d.cls.data();
+    const double* P = p.P.data();
+    double ll = 0;
+    for (std::size_t k = 0; k < n; ++k) {
+        const double* g = G + k * B;
+        double* a = A + k * B;
+        if (k == 0) {
+            for (unsigned j = 0; j < B; ++j) a[j] = start[j] * g[j];
+        } else {
+            const double* prev = a - B;
+            const double* Pc = P + cls[k - 1] * BB;
+            for (unsigned j = 0; j < B; ++j) a[j] = 0;
+            for (unsigned i = 0; i < B; ++i) {
+                const double ai = prev[i];
+                if (ai == 0) continue;
+                const double* row = Pc + static_cast<std::size_t>(i) * B;
+                for (unsigned j = 0; j < B; ++j) a[j] += ai * row[j];
+            }
+            for (unsigned j = 0; j < B; ++j) a[j] *= g[j];
+        }
+        double c = 0;
+        for (unsigned j = 0; j < B; ++j) c += a[j];
+        if (!(c > 0) || !std::isfinite(c)) return kMinusInf;
+        const double inv = 1 / c;
+        for (unsigned j = 0; j < B; ++j) a[j] *= inv;
+        scale[k] = c;
+        ll += std::log(c);
+    }
+    // The last event's class: e = a_{n-1} P_c 1.
+    const double* Pc = P + cls[n - 1] * BB;
+    const double* a = A + (n - 1) * B;
+    double e = 0;
+    for (unsigned i = 0; i < B; ++i) {
+        double s = 0;
+        for (unsigned j = 0; j < B; ++j) s += Pc[static_cast<std::size_t>(i) * B + j];
+        w.rowSum[i] = s;
+        e += a[i] * s;
+    }
+    if (!(e > 0)) return kMinusInf;
+    w.scale[n] = e;
+    return ll + std::log(e);
+}
+
+}  // namespace
+
+void Work::resize(std::size_t n, unsigned B, unsigned C) {
+    G.assign(n * B, 0);
+    A.assign(n * B, 0);
+    scale.assign(n + 1, 0);
+    beta.assign(B, 0);
+    betaNext.assign(B, 0);
+    t.assign(B, 0);
+    rowSum.assign(B, 0);
+    counts.assign(static_cast<std::size_t>(C) * B * B, 0);
+    visits.assign(B, 0);
+    time.assign(B, 0);
+    first.assign(B, 0);
+}
+
+double log_likelihood(const Data& d, const Params& p, const std::vector<double>& start, Work& w) {
+    const double m = densities(d, p, w);
+    const double ll = forward(d, p, start.data(), w);
+    return ll == kMinusInf ? ll : ll + m;
+}
+
+double expectation(const Data& d, const Params& p, Work& w) {
+    const double m = densities(d, p, w);
+    const double ll = forward(d, p, p.alpha.data(), w);
+    if (ll == kMinusInf) return ll;
+    const unsigned B = p.branches();
+    const std::size_t BB = static_cast<std::size_t>(B) * B;
+    const std::size_t n = d.size();
+    const double* G = w.G.data();
+    const double* A = w.A.data();
+    const double* scale = w.scale.data();
+    const double* x = d.x.data();
+    const unsigned* cls = d.cls.data();
+    const double* P = p.P.data();
+    double* counts = w.counts.data();
+    double* beta = w.beta.data();
+    double* next = w.betaNext.data();
+    double* t = w.t.data();
+    double* visits = w.visits.data();
+    double* time = w.time.data();
+    std::fill(w.counts.begin(), w.counts.end(), 0.0);
+    std::fill(w.visits.begin(), w.visits.end(), 0.0);
+    std::fill(w.time.begin(), w.time.end(), 0.0);
+
+    // The closing transition of the last event, into a branch with no interval.
+    {
+        const double inv = 1 / scale[n];
+        const double* a = A + (n - 1) * B;
+        double* Nc = counts + cls[n - 1] * BB;
+        const double* Pc = P + cls[n - 1] * BB;
+        for (unsigned i = 0; i < B; ++i) {
+            beta[i] = w.rowSum[i] * inv;
+            const double ai = a[i] * inv;
+            for (unsigned j = 0; j < B; ++j) Nc[static_cast<std::size_t>(i) * B + j] += ai * Pc[static_cast<std::size_t>(i) * B + j];
+        }
+    }
+    for (std::size_t k = n - 1;; --k) {
+        const double* a = A + k * B;
+        for (unsigned i = 0; i < B; ++i) {
+            const double post = a[i] * beta[i];
+            visits[i] += post;
+            time[i] += post * x[k];
+        }
+        if (k == 0) {
+            for (unsigned i = 0; i < B; ++i) w.first[i] = a[i] * beta[i];
+            break;
+        }
+        const double* g = G + k * B;
+        const double inv = 1 / scale[k];
+        for (unsigned j = 0; j < B; ++j) t[j] = g[j] * beta[j] * inv;
+        const double* prev = a - B;
+        const std::size_t off = cls[k - 1] * BB;
+        const double* Pc = P + off;
+        double* Nc = counts + off;
+        for (unsigned i = 0; i < B; ++i) {
+            const double* row = Pc + static_cast<std::size_t>(i) * B;
+            double* nrow = Nc + static_cast<std::size_t>(i) * B;
+            const double ai = prev[i];
+            double s = 0;
+            for (unsigned j = 0; j < B; ++j) {
+                const double v = row[j] * t[j];
+                s += v;
+                nrow[j] += ai * v;
+            }
+            next[i] = s;
+        }
+        std::swap(beta, next);
+    }
+    return ll + m;
+}
+
+void maximisation(const Data& d, Params& p, const Work& w) {
+    const unsigned B = p.branches();
+    const unsigned C = d.classes;
+    const std::size_t BB = static_cast<std::size_t>(B) * B;
+    double total = 0;
+    for (unsigned i = 0; i < B; ++i) total += w.first[i];
+    if (total > 0)
+        for (unsigned i = 0; i < B; ++i) p.alpha[i] = w.first[i] / total;
+    for (unsigned i = 0; i < B; ++i) {
+        double leave = 0;
+        for (unsigned c = 0; c < C; ++c)
+            for (unsigned j = 0; j < B; ++j) leave += w.counts[c * BB + static_cast<std::size_t>(i) * B + j];
+        // A branch no interval visits keeps its row and its rate.
+        if (leave > 0)
+            for (unsigned c = 0; c < C; ++c)
+                for (unsigned j = 0; j < B; ++j) {
+                    const std::size_t at = c * BB + static_cast<std::size_t>(i) * B + j;
+                    p.P[at] = w.counts[at] / leave;
+                }
+        if (w.visits[i] > 0 && w.time[i] > 0) {
+            const double rate = p.r[i] * w.visits[i] / w.time[i];
+            if (std::isfinite(rate) && rate > 0) p.lambda[i] = rate;
+        }
+    }
+}
+
+std::vector<double> stationary(const Params& p, unsigned classes) {
+    const unsigned B = p.branches();
+    const std::size_t BB = static_cast<std::size_t>(B) * B;
+    Matrix S(B, B);
+    for (unsigned c = 0; c < classes; ++c)
+        for (unsigned i = 0; i < B; ++i)
+            for (unsigned j = 0; j < B; ++j) S[i][j] += p.P[c * BB + static_cast<std::size_t>(i) * B + j];
+    std::vector<double> pi(B, 1.0 / B);
+    bool solved = false;
+    try {
+        const Matrix v = compute_steady_state_probability_vector(S, true);
+        solved = true;
+        for (unsigned j = 0; j < B; ++j) {
+            pi[j] = v[0][j];
+            if (!(pi[j] >= -1e-12) || !std::isfinite(pi[j])) solved = false;
+        }
+    } catch (const Exception&) {
+        solved = false;
+    }
+    if (solved) {
+        double s = 0;
+        for (unsigned j = 0; j < B; ++j) s += (pi[j] = std::max(0.0, pi[j]));
+        for (unsigned j = 0; j < B; ++j) pi[j] /= s;
+        return pi;
+    }
+    // A chain the solver can't handle (several closed classes): the lazy
+    // chain (I + S) / 2 from the uniform vector, which has no period.
+    std::fill(pi.begin(), pi.end(), 1.0 / B);
+    std::vector<double> nxt(B);
+    for (unsigned it = 0; it < 100000; ++it) {
+        double change = 0;
+        for (unsigned j = 0; j < B; ++j) {
+            double s = 0.5 * pi[j];
+            for (unsigned i = 0; i < B; ++i) s += 0.5 * pi[i] * S[i][j];
+            nxt[j] = s;
+        }
+        for (unsigned j = 0; j < B; ++j) change = std::max(change, std::fabs(nxt[j] - pi[j]));
+        pi.swap(nxt);
+        if (change < 1e-15) break;
+    }
+    return pi;
+}
+
+}  // namespace detail
+}  // namespace mapem
+}  // namespace velmora
