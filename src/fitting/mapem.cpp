@@ -144,9 +144,33 @@ struct Search {
 
 // Short runs of every structure, further starts of the best, and the best
 // of those on to convergence.
-Search search(const Data& d, const std::vector<std::vector<unsigned>>& candidates, const Options& o) {
-    if (o.probeIterations == 0 || o.maxIterations == 0 || !(o.tolerance >= 0) || o.starts == 0)
-        fail(__LINE__, "Invalid EM options: iterations and starts must be positive, the tolerance not negative.");
+// The iteration cap of a run on n values: maxIterations, lowered so that the
+// run stays within valueIterations values times iterations, but never below
+// the short runs.
+unsigned capFor(std::size_t n, const Options& o) {
+    const double byWork = o.valueIterations / static_cast<double>(n);
+    const double cap = std::max<double>(std::min(o.probeIterations, o.maxIterations), std::min<double>(o.maxIterations, byWork));
+    return static_cast<unsigned>(cap);
+}
+
+Data prefixOf(const Data& full, std::size_t count) {
+    Data d;
+    d.classes = full.classes;
+    d.x.assign(full.x.begin(), full.x.begin() + count);
+    d.logx.assign(full.logx.begin(), full.logx.begin() + count);
+    d.cls.assign(full.cls.begin(), full.cls.begin() + count);
+    return d;
+}
+
+Search search(const Data& full, const std::vector<std::vector<unsigned>>& candidates, const Options& o) {
+    if (o.probeIterations == 0 || o.maxIterations == 0 || !(o.tolerance >= 0) || o.starts == 0 ||
+        o.searchValues == 0 || !(o.valueIterations > 0))
+        fail(__LINE__, "Invalid EM options: iterations, starts and counts must be positive, the tolerance not negative.");
+    // A long trace is searched on its first searchValues values, which keep
+    // their order and so their correlation.
+    const bool shortened = full.size() > o.searchValues;
+    const Data prefix = shortened ? prefixOf(full, o.searchValues) : Data();
+    const Data& d = shortened ? prefix : full;
     std::vector<double> sorted(d.x);
     std::sort(sorted.begin(), sorted.end());
     std::vector<double> share(d.classes, 0);
@@ -157,7 +181,7 @@ Search search(const Data& d, const std::vector<std::vector<unsigned>>& candidate
     Work w;
     const unsigned probe = std::min(o.probeIterations, o.maxIterations);
     for (const auto& s : candidates) {
-        if (parameterCount(static_cast<unsigned>(s.size()), d.classes) > d.size()) continue;
+        if (parameterCount(static_cast<unsigned>(s.size()), d.classes) > full.size()) continue;
         ++out.structures;
         std::vector<unsigned> ascending(s.rbegin(), s.rend());
         Fit f;
@@ -168,7 +192,7 @@ Search search(const Data& d, const std::vector<std::vector<unsigned>>& candidate
     }
     if (out.structures == 0) {
         std::ostringstream s;
-        s << "Cannot fit a MAP: " << d.size() << " values are fewer than the " << parameterCount(1, d.classes)
+        s << "Cannot fit a MAP: " << full.size() << " values are fewer than the " << parameterCount(1, d.classes)
           << " parameters of the smallest model.";
         fail(__LINE__, s.str());
     }
@@ -200,7 +224,14 @@ Search search(const Data& d, const std::vector<std::vector<unsigned>>& candidate
         run(d, f, w, probe, o.tolerance);
         if (f.logLikelihood > out.best.logLikelihood) out.best = f;
     }
-    run(d, out.best, w, o.maxIterations, o.tolerance);
+    run(d, out.best, w, out.best.iterations + capFor(d.size(), o), o.tolerance);
+    if (shortened) {
+        Fit& f = out.best;
+        f.previous = kMinusInf;
+        f.converged = false;
+        w.resize(full.size(), B, full.classes);
+        run(full, f, w, f.iterations + capFor(full.size(), o), o.tolerance);
+    }
     return out;
 }
 

@@ -25,7 +25,8 @@
 // gets a short run from a deterministic start, the best one further starts
 // (other orders of its branches over the data's quantiles, jittered rates),
 // and the best of those runs on until the log-likelihood gains less than the
-// tolerance times its magnitude, or the iteration cap is met.
+// tolerance times its magnitude, or the iteration cap is met. On a long trace
+// this search runs on a leading part and the result goes on over the whole.
 //
 // The joint log-likelihood reported is that of the model as a stationary
 // process: the first branch is drawn from the stationary vector of the
@@ -55,6 +56,14 @@ struct Options {
     unsigned maxIterations = 2000;  // cap of the final run (iterations in all)
     unsigned probeIterations = 10;  // short run of each structure and start
     unsigned starts = 4;            // starts of the best structure, its first included
+    // A longer trace is searched (short runs, starts, the run of the best
+    // to convergence) on its first searchValues values; the best then goes
+    // on over all values.
+    std::size_t searchValues = 20000;
+    // A run on n values stops after valueIterations / n iterations at the
+    // latest, when that is below maxIterations (a long trace then ends
+    // unconverged and says so); never before probeIterations.
+    double valueIterations = 5e7;
     // Above this many partitions of the order, only the balanced structures
     // (B branches of orders differing by at most one, B = 1 .. 8) are tried.
     std::size_t maxStructures = 64;

@@ -59,9 +59,37 @@ double densities(const Data& d, const Params& p, Work& w) {
     return total;
 }
 
+// The branch count of the loops below: a constant for the small counts, so
+// that the compiler unrolls the inner loops, and a run-time value otherwise.
+template <unsigned K>
+struct Fixed {
+    constexpr operator unsigned() const { return K; }
+};
+struct Dynamic {
+    unsigned value;
+    operator unsigned() const { return value; }
+};
+
+// Calls f(dim) with the branch count as a Fixed<1..8> or a Dynamic.
+template <class F>
+auto dispatch(unsigned B, F&& f) {
+    switch (B) {
+        case 1: return f(Fixed<1>());
+        case 2: return f(Fixed<2>());
+        case 3: return f(Fixed<3>());
+        case 4: return f(Fixed<4>());
+        case 5: return f(Fixed<5>());
+        case 6: return f(Fixed<6>());
+        case 7: return f(Fixed<7>());
+        case 8: return f(Fixed<8>());
+        default: return f(Dynamic{B});
+    }
+}
+
 // The forward pass from `start`; returns sum_k ln c_k + ln e, or -infinity.
-double forward(const Data& d, const Params& p, const double* start, Work& w) {
-    const unsigned B = p.branches();
+template <class Dim>
+double forward(const Data& d, const Params& p, const double* start, Work& w, Dim dim) {
+    const unsigned B = dim;
     const std::size_t BB = static_cast<std::size_t>(B) * B;
     const std::size_t n = d.size();
     const double* G = w.G.data();
@@ -110,33 +138,9 @@ double forward(const Data& d, const Params& p, const double* start, Work& w) {
     return ll + std::log(e);
 }
 
-}  // namespace
-
-void Work::resize(std::size_t n, unsigned B, unsigned C) {
-    G.assign(n * B, 0);
-    A.assign(n * B, 0);
-    scale.assign(n + 1, 0);
-    beta.assign(B, 0);
-    betaNext.assign(B, 0);
-    t.assign(B, 0);
-    rowSum.assign(B, 0);
-    counts.assign(static_cast<std::size_t>(C) * B * B, 0);
-    visits.assign(B, 0);
-    time.assign(B, 0);
-    first.assign(B, 0);
-}
-
-double log_likelihood(const Data& d, const Params& p, const std::vector<double>& start, Work& w) {
-    const double m = densities(d, p, w);
-    const double ll = forward(d, p, start.data(), w);
-    return ll == kMinusInf ? ll : ll + m;
-}
-
-double expectation(const Data& d, const Params& p, Work& w) {
-    const double m = densities(d, p, w);
-    const double ll = forward(d, p, p.alpha.data(), w);
-    if (ll == kMinusInf) return ll;
-    const unsigned B = p.branches();
+template <class Dim>
+double backward(const Data& d, const Params& p, Work& w, Dim dim) {
+    const unsigned B = dim;
     const std::size_t BB = static_cast<std::size_t>(B) * B;
     const std::size_t n = d.size();
     const double* G = w.G.data();
@@ -199,6 +203,36 @@ double expectation(const Data& d, const Params& p, Work& w) {
         }
         std::swap(beta, next);
     }
+    return 0;
+}
+
+}  // namespace
+
+void Work::resize(std::size_t n, unsigned B, unsigned C) {
+    G.assign(n * B, 0);
+    A.assign(n * B, 0);
+    scale.assign(n + 1, 0);
+    beta.assign(B, 0);
+    betaNext.assign(B, 0);
+    t.assign(B, 0);
+    rowSum.assign(B, 0);
+    counts.assign(static_cast<std::size_t>(C) * B * B, 0);
+    visits.assign(B, 0);
+    time.assign(B, 0);
+    first.assign(B, 0);
+}
+
+double log_likelihood(const Data& d, const Params& p, const std::vector<double>& start, Work& w) {
+    const double m = densities(d, p, w);
+    const double ll = dispatch(p.branches(), [&](auto dim) { return forward(d, p, start.data(), w, dim); });
+    return ll == kMinusInf ? ll : ll + m;
+}
+
+double expectation(const Data& d, const Params& p, Work& w) {
+    const double m = densities(d, p, w);
+    const double ll = dispatch(p.branches(), [&](auto dim) { return forward(d, p, p.alpha.data(), w, dim); });
+    if (ll == kMinusInf) return ll;
+    dispatch(p.branches(), [&](auto dim) { return backward(d, p, w, dim); });
     return ll + m;
 }
 
