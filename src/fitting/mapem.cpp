@@ -235,11 +235,9 @@ Search search(const Data& full, const std::vector<std::vector<unsigned>>& candid
     return out;
 }
 
-Result makeResult(const Data& d, Search&& s, std::vector<std::string> classes) {
-    Result r;
-    const Params& p = s.best.p;
+// The matrices and the MAP of an Erlang-branch model, without fit figures.
+void fillModel(const Params& p, unsigned C, Result& r) {
     const unsigned B = p.branches();
-    const unsigned C = d.classes;
     const std::size_t BB = static_cast<std::size_t>(B) * B;
     unsigned N = 0;
     std::vector<unsigned> offset(B);
@@ -262,18 +260,35 @@ Result makeResult(const Data& d, Search&& s, std::vector<std::string> classes) {
     Matrix D1(N, N);
     for (unsigned c = 0; c < C; ++c) D1 = D1 + events[c];
     r.map = std::make_unique<MAP>(D0, D1);
-    r.matrices.push_back(D0);
+    r.matrices.assign(1, D0);
     if (C == 1) r.matrices.push_back(D1);
     else
         for (auto& e : events) r.matrices.push_back(e);
-    r.classes = std::move(classes);
     r.structure = p.r;
     r.rates = p.lambda;
+    r.transitions.clear();
     for (unsigned c = 0; c < C; ++c) r.transitions.emplace_back(p.P.begin() + c * BB, p.P.begin() + (c + 1) * BB);
+    r.parameters = parameterCount(B, C);
+}
+
+Params paramsOf(const Result& fit) {
+    Params p;
+    p.r = fit.structure;
+    p.lambda = fit.rates;
+    for (const auto& t : fit.transitions) p.P.insert(p.P.end(), t.begin(), t.end());
+    return p;
+}
+
+Result makeResult(const Data& d, Search&& s, std::vector<std::string> classes) {
+    Result r;
+    const Params& p = s.best.p;
+    const unsigned B = p.branches();
+    const unsigned C = d.classes;
+    fillModel(p, C, r);
+    r.classes = std::move(classes);
     Work w;
     w.resize(d.size(), B, C);
     r.logLikelihood = detail::log_likelihood(d, p, detail::stationary(p, C), w);
-    r.parameters = parameterCount(B, C);
     r.n = d.size();
     r.aic = 2.0 * r.parameters - 2 * r.logLikelihood;
     r.bic = r.parameters * std::log(static_cast<double>(r.n)) - 2 * r.logLikelihood;
@@ -417,13 +432,91 @@ Result fit_mmap(MCTrace& trace, unsigned order, const Options& options) {
 double log_likelihood(const Result& fit, const std::vector<double>& data, const std::vector<unsigned>& classOf) {
     const unsigned C = static_cast<unsigned>(fit.transitions.size());
     const Data d = makeData(data, classOf, C);
-    Params p;
-    p.r = fit.structure;
-    p.lambda = fit.rates;
-    for (const auto& t : fit.transitions) p.P.insert(p.P.end(), t.begin(), t.end());
+    const Params p = paramsOf(fit);
     Work w;
     w.resize(d.size(), p.branches(), C);
     return detail::log_likelihood(d, p, detail::stationary(p, C), w);
+}
+
+std::vector<double> class_frequencies(const Result& fit) {
+    const Params p = paramsOf(fit);
+    const unsigned B = p.branches();
+    const unsigned C = static_cast<unsigned>(fit.transitions.size());
+    const std::vector<double> pi = detail::stationary(p, C);
+    std::vector<double> share(C, 0);
+    for (unsigned c = 0; c < C; ++c)
+        for (unsigned i = 0; i < B; ++i)
+            for (unsigned j = 0; j < B; ++j) share[c] += pi[i] * fit.transitions[c][static_cast<std::size_t>(i) * B + j];
+    return share;
+}
+
+Result model(const std::vector<unsigned>& structure, const std::vector<double>& rates,
+             const std::vector<std::vector<double>>& transitions) {
+    const std::size_t B = structure.size();
+    if (B == 0 || rates.size() != B || transitions.empty()) fail(__LINE__, "An Erlang-branch model needs a branch.");
+    Params p;
+    p.r = structure;
+    p.lambda = rates;
+    unsigned order = 0;
+    for (std::size_t i = 0; i < B; ++i) {
+        if (structure[i] == 0 || !(rates[i] > 0) || !std::isfinite(rates[i]))
+            fail(__LINE__, "Each branch needs phases and a positive finite rate.");
+        order += structure[i];
+    }
+    checkOrder(order);
+    for (const auto& t : transitions) {
+        if (t.size() != B * B) fail(__LINE__, "A transition matrix has not B x B entries.");
+        p.P.insert(p.P.end(), t.begin(), t.end());
+    }
+    for (std::size_t i = 0; i < B; ++i) {
+        double s = 0;
+        for (std::size_t c = 0; c < transitions.size(); ++c)
+            for (std::size_t j = 0; j < B; ++j) {
+                const double v = transitions[c][i * B + j];
+                if (!(v >= 0)) fail(__LINE__, "A transition probability is negative.");
+                s += v;
+            }
+        if (std::fabs(s - 1) > 1e-9) fail(__LINE__, "A row of the transition matrices does not sum to 1.");
+    }
+    Result r;
+    fillModel(p, static_cast<unsigned>(transitions.size()), r);
+    return r;
+}
+
+std::pair<std::vector<double>, std::vector<unsigned>> simulate(const Result& m, std::size_t n, unsigned long seed) {
+    const Params p = paramsOf(m);
+    const unsigned B = p.branches();
+    const unsigned C = static_cast<unsigned>(m.transitions.size());
+    const std::vector<double> pi = detail::stationary(p, C);
+    Rand rng(seed);
+    auto pick = [&rng](const double* weights, std::size_t count) {
+        const double u = rng.drawRandomNumber();
+        double sum = 0;
+        for (std::size_t k = 0; k < count; ++k) {
+            sum += weights[k];
+            if (u <= sum) return k;
+        }
+        return count - 1;
+    };
+    // Row i of the joint choice of class and next branch, class-major.
+    std::vector<double> rows(static_cast<std::size_t>(B) * C * B);
+    for (unsigned i = 0; i < B; ++i)
+        for (unsigned c = 0; c < C; ++c)
+            for (unsigned j = 0; j < B; ++j)
+                rows[(static_cast<std::size_t>(i) * C + c) * B + j] = p.P[(static_cast<std::size_t>(c) * B + i) * B + j];
+    std::pair<std::vector<double>, std::vector<unsigned>> out;
+    out.first.reserve(n);
+    out.second.reserve(n);
+    std::size_t b = pick(pi.data(), B);
+    for (std::size_t k = 0; k < n; ++k) {
+        double x = 0;
+        for (unsigned q = 0; q < p.r[b]; ++q) x += rng.exponential(p.lambda[b]);
+        const std::size_t choice = pick(rows.data() + b * C * B, static_cast<std::size_t>(C) * B);
+        out.first.push_back(x);
+        out.second.push_back(static_cast<unsigned>(choice / B));
+        b = choice % B;
+    }
+    return out;
 }
 
 }  // namespace mapem

@@ -37,6 +37,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "markov/maps.h"
@@ -118,6 +119,19 @@ Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& cl
 // Joint log-likelihood of the Erlang-branch model (first branch from the
 // stationary vector) on values with classes (empty classOf: all class 0).
 double log_likelihood(const Result& fit, const std::vector<double>& data, const std::vector<unsigned>& classOf);
+
+// The share of each class among the events of the stationary process.
+std::vector<double> class_frequencies(const Result& fit);
+
+// An Erlang-branch model from its parameters (no fit figures): branch
+// orders, rates, and per class a B x B row-major transition matrix, the rows
+// summed over the classes being 1. Throws for parameters that are not a model.
+Result model(const std::vector<unsigned>& structure, const std::vector<double>& rates,
+             const std::vector<std::vector<double>>& transitions);
+// n intervals of such a model as a stationary process and the classes of
+// the events that end them, from a generator seeded with `seed`.
+std::pair<std::vector<double>, std::vector<unsigned>> simulate(const Result& model, std::size_t n,
+                                                               unsigned long seed);
 
 // All partitions of n into parts in non-increasing order, the largest first
 // part first: 1, 1, 2, 3, 5, 7, 11, ... of them for n = 0, 1, 2, ...

@@ -14,6 +14,8 @@
 // vectors and the densities are stored.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "core/libvelmora_settings.h"
@@ -28,6 +30,43 @@ namespace detail {
 namespace {
 
 const double kMinusInf = -std::numeric_limits<double>::infinity();
+
+// exp(x) for -708 <= x <= 0, to about 2 units in the last place: x = k ln 2
+// + r with |r| <= ln 2 / 2 (ln 2 in two parts, so r is exact), exp(r) by its
+// Taylor polynomial of degree 13, 2^k put into the exponent bits. It has no
+// branch and no call, so that the loop over all densities vectorises; the
+// densities take most of an EM pass otherwise.
+inline double expNonPositive(double x) {
+    const double kLog2e = 1.4426950408889634074;
+    const double kLn2Hi = 6.93147180369123816490e-01;
+    const double kLn2Lo = 1.90821492927058770002e-10;
+    const double kShifter = 6755399441055744.0;  // 1.5 * 2^52: adding it rounds to an integer
+    const double xc = x;
+    const double t = xc * kLog2e + kShifter;
+    const double kd = t - kShifter;
+    const double r = (xc - kd * kLn2Hi) - kd * kLn2Lo;
+    double q = 1.0 / 6227020800.0;  // 1/13!
+    q = q * r + 1.0 / 479001600.0;
+    q = q * r + 1.0 / 39916800.0;
+    q = q * r + 1.0 / 3628800.0;
+    q = q * r + 1.0 / 362880.0;
+    q = q * r + 1.0 / 40320.0;
+    q = q * r + 1.0 / 5040.0;
+    q = q * r + 1.0 / 720.0;
+    q = q * r + 1.0 / 120.0;
+    q = q * r + 1.0 / 24.0;
+    q = q * r + 1.0 / 6.0;
+    q = q * r + 0.5;
+    q = q * r + 1.0;
+    q = q * r + 1.0;
+    std::int64_t bits;
+    std::memcpy(&bits, &t, sizeof bits);
+    const std::int64_t k = bits - std::int64_t(0x4338000000000000);  // the bits of kShifter
+    const std::int64_t scaleBits = (k + 1023) << 52;
+    double scale;
+    std::memcpy(&scale, &scaleBits, sizeof scale);
+    return q * scale;
+}
 
 // Fills w.G with the scaled densities and returns sum_k m_k.
 double densities(const Data& d, const Params& p, Work& w) {
@@ -53,9 +92,12 @@ double densities(const Data& d, const Params& p, Work& w) {
             g[j] = v;
             top = std::max(top, v);
         }
-        for (unsigned j = 0; j < B; ++j) g[j] = std::exp(g[j] - top);
+        // Below exp(-708), about 3e-308, a density is 0 beside the largest one.
+        for (unsigned j = 0; j < B; ++j) g[j] = std::max(g[j] - top, -708.0);
         total += top;
     }
+    const std::size_t size = n * B;
+    for (std::size_t e = 0; e < size; ++e) G[e] = expNonPositive(G[e]);
     return total;
 }
 
@@ -97,7 +139,9 @@ double forward(const Data& d, const Params& p, const double* start, Work& w, Dim
     double* scale = w.scale.data();
     const unsigned* cls = d.cls.data();
     const double* P = p.P.data();
-    double ll = 0;
+    // The logarithm of the scaling factors (each at most 1) is taken of their
+    // running product, once it gets small, rather than of each one.
+    double ll = 0, product = 1;
     for (std::size_t k = 0; k < n; ++k) {
         const double* g = G + k * B;
         double* a = A + k * B;
@@ -121,8 +165,14 @@ double forward(const Data& d, const Params& p, const double* start, Work& w, Dim
         const double inv = 1 / c;
         for (unsigned j = 0; j < B; ++j) a[j] *= inv;
         scale[k] = c;
-        ll += std::log(c);
+        if (c < 1e-100) ll += std::log(c);
+        else product *= c;
+        if (product < 1e-200) {
+            ll += std::log(product);
+            product = 1;
+        }
     }
+    ll += std::log(product);
     // The last event's class: e = a_{n-1} P_c 1.
     const double* Pc = P + cls[n - 1] * BB;
     const double* a = A + (n - 1) * B;
