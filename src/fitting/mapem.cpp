@@ -180,8 +180,11 @@ Search search(const Data& full, const std::vector<std::vector<unsigned>>& candid
     Search out;
     Work w;
     const unsigned probe = std::min(o.probeIterations, o.maxIterations);
+    unsigned fewest = std::numeric_limits<unsigned>::max();
     for (const auto& s : candidates) {
-        if (parameterCount(static_cast<unsigned>(s.size()), d.classes) > full.size()) continue;
+        const unsigned k = parameterCount(static_cast<unsigned>(s.size()), d.classes);
+        fewest = std::min(fewest, k);
+        if (k > full.size()) continue;
         ++out.structures;
         std::vector<unsigned> ascending(s.rbegin(), s.rend());
         Fit f;
@@ -192,7 +195,7 @@ Search search(const Data& full, const std::vector<std::vector<unsigned>>& candid
     }
     if (out.structures == 0) {
         std::ostringstream s;
-        s << "Cannot fit a MAP: " << full.size() << " values are fewer than the " << parameterCount(1, d.classes)
+        s << "Cannot fit a MAP: " << full.size() << " values are fewer than the " << fewest
           << " parameters of the smallest model.";
         fail(__LINE__, s.str());
     }
