@@ -69,6 +69,8 @@
 #include "fitting/arta_capp_fit.h"
 #include "fitting/cappfit.h"
 #include "fitting/distfit.h"
+#include "fitting/likelihood.h"
+#include "fitting/mapem.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
 #include "fitting/tracefit.h"

@@ -1,0 +1,118 @@
+// Joint log-likelihoods and the ARMA fit by likelihood: the Gaussian ARMA
+// density against the full covariance matrix, the copula's identities, the
+// partial-autocorrelation map, and the accuracy of the fit.
+#include <cmath>
+
+#include "distributions/dist_lognormal.h"
+#include "distributions/dist_normal.h"
+#include "fitting/armaml.h"
+#include "fitting/likelihood.h"
+#include "fitting_helpers.h"
+#include "numerics/random.h"
+#include "timeseries/arima.h"
+
+using namespace velmora;
+
+namespace {
+
+// sin(1.7 t), t = 1 .. n: a fixed series with every kind of step.
+std::vector<double> sineSeries(unsigned n) {
+    std::vector<double> z;
+    for (unsigned t = 1; t <= n; ++t) z.push_back(std::sin(1.7 * t));
+    return z;
+}
+
+// n values of an ARMA(1, 1) after 100 discarded, standardised like normal
+// scores to mean 0 and variance 1.
+std::vector<double> arma11(double phi, double theta, unsigned n, unsigned long seed) {
+    Rand r(seed);
+    std::vector<double> x;
+    double previous = 0, shock = 0;
+    for (unsigned k = 0; k < n + 100; ++k) {
+        const double e = r.normal(0, 1);
+        previous = phi * previous + e + theta * shock;
+        shock = e;
+        if (k >= 100) x.push_back(previous);
+    }
+    double m = 0, v = 0;
+    for (double t : x) m += t;
+    m /= n;
+    for (double t : x) v += (t - m) * (t - m);
+    for (double& t : x) t = (t - m) / std::sqrt(v / n);
+    return x;
+}
+
+}  // namespace
+
+TEST(Likelihood, GaussianArmaMatchesTheFullCovariance) {
+    // scipy.stats.multivariate_normal.logpdf with the Toeplitz matrix of the
+    // autocovariances (psi weights summed over 5000 terms).
+    const std::vector<double> seven = {0.3, -1.2, 0.8, 1.5, 0.1, -0.4, 0.9};
+    const std::vector<double> sixty = sineSeries(60);
+    const struct {
+        std::vector<double> ar, ma;
+        double variance;
+        const std::vector<double>* z;
+        double expected;
+    } cases[] = {
+        {{0.5, -0.3}, {0.4, 0.2}, 1.3, &seven, -10.772671240303},
+        {{0.7}, {0.4}, 1.0, &seven, -11.575932589627},
+        {{}, {0.6}, 0.8, &seven, -9.340249811635},
+        {{0.6}, {}, 0.8, &seven, -10.539710854147},
+        // Long enough for the predictor coefficients to settle.
+        {{}, {0.3}, 1.0, &sixty, -70.239055119246},
+        {{0.5}, {0.3}, 0.7, &sixty, -73.868288708461},
+        {{0.2, 0.1}, {-0.5, 0.3}, 1.0, &sixty, -76.157243977340},
+    };
+    for (const auto& c : cases) {
+        const ARIMA model(c.ar, c.ma, 0, 0, c.variance, 0, "test");
+        EXPECT_NEAR(likelihood::gaussian_arma(model, *c.z), c.expected, 1e-9) << c.ar.size() << "," << c.ma.size();
+    }
+}
+
+TEST(Likelihood, CopulaIdentities) {
+    const std::vector<double> x = {1.2, 0.7, 2.5, 1.9, 0.4, 1.1, 3.0, 0.9};
+    const ARIMA base({0.5}, {0.2}, 0, 0, 0.6, 0, "test");
+    // A normal marginal makes the copula the Gaussian ARMA of the scaled values.
+    Normal normal(1.5, 0.8);
+    std::vector<double> scaled;
+    for (double v : x) scaled.push_back((v - 1.5) / 0.8);
+    EXPECT_NEAR(likelihood::copula(&normal, base, x),
+                likelihood::gaussian_arma(base, scaled) - x.size() * std::log(0.8), 1e-7);
+    // White noise as the base leaves the renewal sum.
+    Lognormal lognormal(0.1, 0.6);
+    const ARIMA noise({}, {}, 0, 0, 1, 0, "test");
+    EXPECT_NEAR(likelihood::copula(&lognormal, noise, x), likelihood::renewal(&lognormal, x), 1e-9);
+}
+
+TEST(Likelihood, PartialAutocorrelationsGiveStationaryCoefficients) {
+    // Durbin-Levinson: phi_2 = r_2, phi_1 = r_1 (1 - r_2); three terms by hand.
+    const struct {
+        std::vector<double> r, expected;
+    } cases[] = {
+        {{0.5}, {0.5}},
+        {{0.5, 0.4}, {0.5 * 0.6, 0.4}},
+        {{0.5, 0.4, -0.2}, {0.3 + 0.2 * 0.4, 0.4 + 0.2 * 0.3, -0.2}},
+    };
+    for (const auto& c : cases) {
+        const std::vector<double> got = armaml::from_partial_autocorrelations(c.r);
+        ASSERT_EQ(got.size(), c.expected.size());
+        for (std::size_t k = 0; k < got.size(); ++k) EXPECT_NEAR(got[k], c.expected[k], 1e-15);
+        EXPECT_TRUE(ARIMA(got, {}, 0, 0, 1, 0, "test").isStationary());
+    }
+}
+
+TEST(Likelihood, ArmaFitRecoversAKnownModelWithUnitVariance) {
+    const std::vector<double> x = arma11(0.7, 0.4, 5000, 42);
+    const armaml::Fit fit = armaml::fit(x, 1, 1);
+    EXPECT_NEAR(fit.model->getARCoefficients()[0], 0.7, 0.04);
+    EXPECT_NEAR(fit.model->getMACoefficients()[0], 0.4, 0.04);
+    EXPECT_NEAR(fit.model->compute_mean_and_variance().second, 1.0, 1e-12);
+    // AIC keeps an MA term for these data.
+    std::vector<armaml::Fit> table;
+    const armaml::Fit chosen = armaml::fit_by_aic(x, 1, 2, 0, 1, &table);
+    EXPECT_EQ(table.size(), 4u);
+    EXPECT_GE(chosen.q, 1u);
+    EXPECT_EQ(velmora_test::failureOf([] { armaml::fit({0.1, 0.2}, 1, 1); }),
+              "armaml: Cannot fit an ARMA(1, 1) to 2 values: fewer than its parameters and one.");
+}
