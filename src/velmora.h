@@ -66,11 +66,13 @@
 
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
+#include "fitting/armaml.h"
 #include "fitting/arta_capp_fit.h"
 #include "fitting/cappfit.h"
 #include "fitting/distfit.h"
 #include "fitting/likelihood.h"
 #include "fitting/mapem.h"
+#include "fitting/modelchoice.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
 #include "fitting/tracefit.h"
