@@ -5,7 +5,12 @@
 
 #include "distributions/dist_lognormal.h"
 #include "distributions/dist_normal.h"
+#include "core/process.h"
+#include "distributions/dist.h"
 #include "fitting/armaml.h"
+#include "fitting/distfit.h"
+#include "fitting/mapem.h"
+#include "fitting/modelchoice.h"
 #include "fitting/likelihood.h"
 #include "fitting_helpers.h"
 #include "numerics/random.h"
@@ -115,4 +120,38 @@ TEST(Likelihood, ArmaFitRecoversAKnownModelWithUnitVariance) {
     EXPECT_GE(chosen.q, 1u);
     EXPECT_EQ(velmora_test::failureOf([] { armaml::fit({0.1, 0.2}, 1, 1); }),
               "armaml: Cannot fit an ARMA(1, 1) to 2 values: fewer than its parameters and one.");
+}
+
+TEST(ModelChoice, BicPicksTheClassThatMadeTheData) {
+    // Independent lognormal values: the renewal model; an ARMA(1, 1) series
+    // (normal marginal): ARTA; the order-4 Erlang-branch MAP: a MAP.
+    Rand r(5);
+    std::vector<double> independent;
+    for (unsigned k = 0; k < 3000; ++k) independent.push_back(std::exp(0.3 + 0.8 * r.normal(0, 1)));
+    const std::vector<double> correlated = arma11(0.7, 0.4, 3000, 8);
+    const mapem::Result map = mapem::model({1, 3}, {5.0, 1.5}, {{0.8, 0.2, 0.7, 0.3}});
+    const std::vector<double> markov = mapem::simulate(map, 3000, 4).first;
+    const struct {
+        const std::vector<double>* data;
+        const char* family;
+        unsigned mapOrder;
+        const char* expected;
+    } cases[] = {
+        {&independent, "lognormal", 3, "renewal"},
+        {&correlated, "normal", 0, "ARTA"},
+        {&markov, "gamma", 4, "MAP"},
+    };
+    for (const auto& c : cases) {
+        std::unique_ptr<Dist> marginal(distfit::fit_distribution(c.family, *c.data));
+        const unsigned k = distfit::parameter_count(marginal.get());
+        const modelchoice::Choice choice =
+            modelchoice::choose(std::move(marginal), k, *c.data, modelchoice::Orders(), c.mapOrder);
+        EXPECT_EQ(choice.candidates[choice.chosen].name, c.expected) << c.family;
+        for (const auto& candidate : choice.candidates)
+            if (candidate.fitted) {
+                EXPECT_LE(choice.candidates[choice.chosen].bic, candidate.bic);
+            }
+        EXPECT_EQ(choice.logLikelihood, choice.candidates[choice.chosen].logLikelihood);
+        ASSERT_TRUE(choice.model != nullptr);
+    }
 }
