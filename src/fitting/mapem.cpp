@@ -262,7 +262,13 @@ void fillModel(const Params& p, unsigned C, Result& r) {
     }
     Matrix D1(N, N);
     for (unsigned c = 0; c < C; ++c) D1 = D1 + events[c];
-    r.map = std::make_unique<MAP>(D0, D1);
+    if (C == 1) {
+        r.map = std::make_unique<MAP>(D0, D1);
+    } else {
+        std::vector<std::string> names = r.classes;
+        for (unsigned c = static_cast<unsigned>(names.size()); c < C; ++c) names.push_back("class" + std::to_string(c + 1));
+        r.map = std::make_unique<MarkedMAP>(D0, events, names);
+    }
     r.matrices.assign(1, D0);
     if (C == 1) r.matrices.push_back(D1);
     else
@@ -287,8 +293,8 @@ Result makeResult(const Data& d, Search&& s, std::vector<std::string> classes) {
     const Params& p = s.best.p;
     const unsigned B = p.branches();
     const unsigned C = d.classes;
-    fillModel(p, C, r);
     r.classes = std::move(classes);
+    fillModel(p, C, r);
     Work w;
     w.resize(d.size(), B, C);
     r.logLikelihood = detail::log_likelihood(d, p, detail::stationary(p, C), w);
@@ -309,9 +315,43 @@ Result makeResult(const Data& d, Search&& s, std::vector<std::string> classes) {
 
 }  // namespace
 
+MarkedMAP::MarkedMAP(Matrix D0, std::vector<Matrix> classes, std::vector<std::string> names)
+    : MAP(D0, [&] {
+          Matrix sum(D0.getNumberRows(), D0.getNumberCols());
+          for (const Matrix& m : classes) sum = sum + m;
+          return sum;
+      }()),
+      classMatrices(std::move(classes)),
+      classNames(std::move(names)) {}
+
+std::string MarkedMAP::toString(format f) {
+    std::string text = MAP::toString(f);
+    if (f != FORMAT_XML) return text;
+    std::ostringstream marks;
+    marks << "<marks>" << std::endl;
+    for (std::size_t c = 0; c < classMatrices.size(); ++c) {
+        marks << "<class>" << std::endl;
+        marks << "<name>" << classNames[c] << "</name>" << std::endl;
+        marks << "<d>" << classMatrices[c].toString(10) << std::endl;
+        marks << "</d>" << std::endl;
+        marks << "</class>" << std::endl;
+    }
+    marks << "</marks>" << std::endl;
+    const std::string::size_type end = text.rfind("</map>");
+    return text.substr(0, end) + marks.str() + text.substr(end);
+}
+
+namespace {
+std::unique_ptr<MAP> copyOf(const MAP* m) {
+    if (m == nullptr) return nullptr;
+    if (auto* marked = dynamic_cast<const MarkedMAP*>(m)) return std::make_unique<MarkedMAP>(*marked);
+    return std::make_unique<MAP>(*m);
+}
+}  // namespace
+
 Result::Result() = default;
 Result::Result(const Result& other)
-    : map(other.map ? std::make_unique<MAP>(*other.map) : nullptr),
+    : map(copyOf(other.map.get())),
       matrices(other.matrices),
       classes(other.classes),
       structure(other.structure),

@@ -70,9 +70,25 @@ struct Options {
     std::size_t maxStructures = 64;
 };
 
+// A MAP whose events carry classes: D1 is the sum of the class matrices,
+// so that it loads and generates as a plain MAP, and its XML text adds a
+// `marks` element with each class's name and matrix:
+//   <marks><class><name>read</name><d>...</d></class>...</marks>
+class MarkedMAP : public MAP {
+public:
+    MarkedMAP(Matrix D0, std::vector<Matrix> classMatrices, std::vector<std::string> classNames);
+    std::string toString(format f) override;
+    const std::vector<Matrix>& getClassMatrices() const { return classMatrices; }
+    const std::vector<std::string>& getClassNames() const { return classNames; }
+
+private:
+    std::vector<Matrix> classMatrices;
+    std::vector<std::string> classNames;
+};
+
 // An Erlang-branch (marked) MAP and how the fit went.
 struct Result {
-    std::unique_ptr<MAP> map;              // D0 and D1 = sum of the class matrices
+    std::unique_ptr<MAP> map;              // D0 and D1 = sum of the class matrices (a MarkedMAP when marked)
     std::vector<Matrix> matrices;          // D0, D1 (a MAP) or D0, D_1, .., D_C (marked)
     std::vector<std::string> classes;      // class names in the order of D_1 .. D_C; empty for a MAP
     std::vector<unsigned> structure;       // Erlang order per branch

@@ -135,3 +135,17 @@ TEST(MapEM, BadInputIsRefusedWithItsReason) {
     };
     for (const auto& c : cases) EXPECT_EQ(messageOf(c.call, "mapem"), c.message);
 }
+
+TEST(MapEM, MarkedModelFileLoadsAsItsMapAndListsTheClasses) {
+    const mapem::Result m = markedModel();
+    const std::string path = velmora_test::tempPath("mapem_marked.xml");
+    m.map->save(path, FORMAT_XML);
+    MAP loaded(path, FORMAT_XML);
+    EXPECT_TRUE(loaded.valid_map());
+    velmora_test::expectNear(loaded.getD1(), m.map->getD1(), 1e-9, "D1");
+    const std::string text = velmora_test::readFile(path);
+    EXPECT_NE(text.find("<name>class1</name>"), std::string::npos);
+    EXPECT_NE(text.find("<name>class2</name>"), std::string::npos);
+    const mapem::Result copy = m;
+    EXPECT_NE(dynamic_cast<mapem::MarkedMAP*>(copy.map.get()), nullptr);
+}
