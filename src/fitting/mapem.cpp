@@ -420,20 +420,66 @@ Result fit_map_structure(const std::vector<double>& data, const std::vector<unsi
     return makeResult(d, search(d, {structure}, options), {});
 }
 
-Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const Options& options,
-                      std::vector<Result>* candidates) {
+namespace {
+
+Result byAic(const Data& d, unsigned maxOrder, const Options& options, const std::vector<std::string>& names,
+             std::vector<Result>* candidates) {
     checkOrder(maxOrder);
-    const Data d = makeData(data, {}, 1);
     Result best;
     for (unsigned order = 1; order <= maxOrder; ++order) {
-        if (parameterCount(1, 1) > d.size()) break;
-        Search s = search(d, structuresOf(order, options.maxStructures), options);
-        Result r = makeResult(d, std::move(s), {});
+        Result r = makeResult(d, search(d, structuresOf(order, options.maxStructures), options), names);
         const bool better = !best.map || r.aic < best.aic;
         if (candidates != nullptr) candidates->push_back(r);
         if (better) best = std::move(r);
     }
     return best;
+}
+
+// The values of a multi-class trace, their class indices and the class
+// names in ascending order; fewer than two classes are refused.
+struct Marked {
+    std::vector<double> values;
+    std::vector<unsigned> classOf;
+    std::vector<std::string> names;
+};
+
+Marked markedOf(MCTrace& trace) {
+    std::map<std::string, unsigned> index;
+    const unsigned n = trace.getSize();
+    Marked m;
+    m.values.resize(n);
+    std::vector<std::string> label(n);
+    for (unsigned k = 0; k < n; ++k) {
+        const MCTElement e = trace.getElement(k);
+        m.values[k] = e.value;
+        label[k] = e.elementClass;
+        index.emplace(e.elementClass, 0);
+    }
+    for (auto& [name, at] : index) {
+        at = static_cast<unsigned>(m.names.size());
+        m.names.push_back(name);
+    }
+    if (m.names.size() < 2)
+        fail(__LINE__, "Cannot fit a marked MAP: the trace has " + std::to_string(m.names.size()) + " class" +
+                           (m.names.size() == 1 ? "" : "es") + ", at least two are needed.");
+    m.classOf.resize(n);
+    for (unsigned k = 0; k < n; ++k) m.classOf[k] = index[label[k]];
+    return m;
+}
+
+}  // namespace
+
+Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const Options& options,
+                      std::vector<Result>* candidates) {
+    checkOrder(maxOrder);
+    return byAic(makeData(data, {}, 1), maxOrder, options, {}, candidates);
+}
+
+Result fit_mmap_by_aic(MCTrace& trace, unsigned maxOrder, const Options& options, std::vector<Result>* candidates) {
+    checkOrder(maxOrder);
+    const Marked m = markedOf(trace);
+    const Data d = makeData(m.values, m.classOf, static_cast<unsigned>(m.names.size()));
+    return byAic(d, maxOrder, options, m.names, candidates);
 }
 
 Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& classOf, unsigned classes,
@@ -447,29 +493,10 @@ Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& cl
 }
 
 Result fit_mmap(MCTrace& trace, unsigned order, const Options& options) {
-    std::map<std::string, unsigned> index;
-    const unsigned n = trace.getSize();
-    std::vector<double> values(n);
-    std::vector<std::string> label(n);
-    for (unsigned k = 0; k < n; ++k) {
-        const MCTElement e = trace.getElement(k);
-        values[k] = e.value;
-        label[k] = e.elementClass;
-        index.emplace(e.elementClass, 0);
-    }
-    std::vector<std::string> names;
-    for (auto& [name, at] : index) {
-        at = static_cast<unsigned>(names.size());
-        names.push_back(name);
-    }
-    if (names.size() < 2)
-        fail(__LINE__, "Cannot fit a marked MAP: the trace has " + std::to_string(names.size()) +
-                           " class" + (names.size() == 1 ? "" : "es") + ", at least two are needed.");
-    std::vector<unsigned> classOf(n);
-    for (unsigned k = 0; k < n; ++k) classOf[k] = index[label[k]];
-    Result r = fit_mmap(values, classOf, static_cast<unsigned>(names.size()), order, options);
-    r.classes = names;
-    return r;
+    checkOrder(order);
+    const Marked m = markedOf(trace);
+    const Data d = makeData(m.values, m.classOf, static_cast<unsigned>(m.names.size()));
+    return makeResult(d, search(d, structuresOf(order, options.maxStructures), options), m.names);
 }
 
 double log_likelihood(const Result& fit, const std::vector<double>& data, const std::vector<unsigned>& classOf) {

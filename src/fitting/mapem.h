@@ -128,6 +128,9 @@ Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const 
 // element's class. Classes are numbered in the ascending order of their
 // names. Besides the checks of fit_map it refuses a trace of one class.
 Result fit_mmap(MCTrace& trace, unsigned order, const Options& options = Options());
+// The best marked MAP of order 1 .. maxOrder by AIC.
+Result fit_mmap_by_aic(MCTrace& trace, unsigned maxOrder, const Options& options = Options(),
+                       std::vector<Result>* candidates = nullptr);
 // The same from values and class indices 0 .. classes - 1.
 Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& classOf, unsigned classes,
                 unsigned order, const Options& options = Options());
