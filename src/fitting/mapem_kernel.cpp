@@ -3,7 +3,9 @@
 //
 // With g_k(j) the density of value k under branch j divided by the largest
 // of them (that factor, exp(m_k), goes straight into the log-likelihood) and
-// c_k the sum that rescales the forward vector at k to a probability vector,
+// c_k the factor that rescales the forward vector at k (its sum once that has
+// fallen below 1e-30, else 1: a rescaling at every step costs a division on
+// the critical path for nothing),
 //   a_0 = alpha .* g_0 / c_0,   a_k = (a_{k-1} P_{c(k-1)}) .* g_k / c_k,
 //   b_{n-1} = P_{c(n-1)} 1 / e, b_{k-1} = P_{c(k-1)} (g_k .* b_k) / c_k,
 // where e = a_{n-1} P_{c(n-1)} 1 closes the likelihood with the class of the
@@ -30,6 +32,8 @@ namespace detail {
 namespace {
 
 const double kMinusInf = -std::numeric_limits<double>::infinity();
+// The forward vector is rescaled when its sum falls below this.
+const double kRescale = 1e-30;
 
 // exp(x) for -708 <= x <= 0, to about 2 units in the last place: x = k ln 2
 // + r with |r| <= ln 2 / 2 (ln 2 in two parts, so r is exact), exp(r) by its
@@ -139,9 +143,7 @@ double forward(const Data& d, const Params& p, const double* start, Work& w, Dim
     double* scale = w.scale.data();
     const unsigned* cls = d.cls.data();
     const double* P = p.P.data();
-    // The logarithm of the scaling factors (each at most 1) is taken of their
-    // running product, once it gets small, rather than of each one.
-    double ll = 0, product = 1;
+    double ll = 0;
     for (std::size_t k = 0; k < n; ++k) {
         const double* g = G + k * B;
         double* a = A + k * B;
@@ -162,17 +164,17 @@ double forward(const Data& d, const Params& p, const double* start, Work& w, Dim
         double c = 0;
         for (unsigned j = 0; j < B; ++j) c += a[j];
         if (!(c > 0) || !std::isfinite(c)) return kMinusInf;
-        const double inv = 1 / c;
-        for (unsigned j = 0; j < B; ++j) a[j] *= inv;
-        scale[k] = c;
-        if (c < 1e-100) ll += std::log(c);
-        else product *= c;
-        if (product < 1e-200) {
-            ll += std::log(product);
-            product = 1;
+        // Rescaled only when small: the division and the logarithm stay off
+        // most steps, and the chain from one step to the next is short.
+        if (c < kRescale) {
+            const double inv = 1 / c;
+            for (unsigned j = 0; j < B; ++j) a[j] *= inv;
+            scale[k] = c;
+            ll += std::log(c);
+        } else {
+            scale[k] = 1;
         }
     }
-    ll += std::log(product);
     // The last event's class: e = a_{n-1} P_c 1.
     const double* Pc = P + cls[n - 1] * BB;
     const double* a = A + (n - 1) * B;
