@@ -80,5 +80,6 @@
 #include "reporting/plotter.h"
 
 #include "reporting/import_export.h"
+#include "reporting/likelihood_report.h"
 
 #endif
