@@ -30,6 +30,8 @@ const unsigned kMaxBranchesBalanced = 8;
 const unsigned long kJitterSeed = 20130916;
 // Weight of the diagonal in the start of the branch transition matrix.
 const double kStartStay = 0.5;
+// The largest step of the squared extrapolation.
+const double kMaxStep = 100;
 
 [[noreturn]] void fail(int line, const std::string& message) { throw Exception("mapem", line, message); }
 
@@ -76,9 +78,55 @@ struct Fit {
     bool converged = false;
 };
 
+// theta' = theta0 - 2 s r + s^2 v of the squared extrapolation, with the
+// rates in log scale; transition probabilities and the first-branch vector
+// cut at 0 and each row brought back to sum 1.
+void extrapolate(const Params& p0, const Params& p1, const Params& p2, Params& out) {
+    double rr = 0, vv = 0;
+    auto add = [&](double a, double b, double c) {
+        const double r = b - a, v = c - 2 * b + a;
+        rr += r * r;
+        vv += v * v;
+    };
+    const unsigned B = p0.branches();
+    for (unsigned i = 0; i < B; ++i) add(std::log(p0.lambda[i]), std::log(p1.lambda[i]), std::log(p2.lambda[i]));
+    for (std::size_t e = 0; e < p0.P.size(); ++e) add(p0.P[e], p1.P[e], p2.P[e]);
+    for (unsigned i = 0; i < B; ++i) add(p0.alpha[i], p1.alpha[i], p2.alpha[i]);
+    double step = vv > 0 ? -std::sqrt(rr / vv) : -1.0;
+    step = std::max(-kMaxStep, std::min(-1.0, step));
+    auto point = [step](double a, double b, double c) {
+        const double r = b - a, v = c - 2 * b + a;
+        return a - 2 * step * r + step * step * v;
+    };
+    out = p0;
+    for (unsigned i = 0; i < B; ++i)
+        out.lambda[i] = std::exp(point(std::log(p0.lambda[i]), std::log(p1.lambda[i]), std::log(p2.lambda[i])));
+    for (std::size_t e = 0; e < p0.P.size(); ++e) out.P[e] = std::max(0.0, point(p0.P[e], p1.P[e], p2.P[e]));
+    double total = 0;
+    for (unsigned i = 0; i < B; ++i) total += (out.alpha[i] = std::max(0.0, point(p0.alpha[i], p1.alpha[i], p2.alpha[i])));
+    for (unsigned i = 0; i < B; ++i) out.alpha[i] = total > 0 ? out.alpha[i] / total : p2.alpha[i];
+    const std::size_t BB = static_cast<std::size_t>(B) * B, C = p0.P.size() / BB;
+    for (unsigned i = 0; i < B; ++i) {
+        double row = 0;
+        for (std::size_t c = 0; c < C; ++c)
+            for (unsigned j = 0; j < B; ++j) row += out.P[c * BB + i * B + j];
+        for (std::size_t c = 0; c < C; ++c)
+            for (unsigned j = 0; j < B; ++j) {
+                double& x = out.P[c * BB + i * B + j];
+                x = row > 0 ? x / row : p2.P[c * BB + i * B + j];
+            }
+    }
+}
+
 // EM from the fit's parameters until the gain test is met or `limit`
 // iterations are done in all; called again, it goes on where it stopped.
-void run(const Data& d, Fit& f, Work& w, unsigned limit, double tolerance) {
+// A cycle is two EM steps and, when accelerated, the squared extrapolation
+// of Varadhan and Roland (SQUAREM, scheme S3, Scandinavian Journal of
+// Statistics 2008) from them, kept only if its likelihood is at least that
+// after the first step, and followed by one EM step; the gain test compares
+// the likelihood at the start of successive cycles.
+void run(const Data& d, Fit& f, Work& w, unsigned limit, double tolerance, bool accelerate) {
+    Params p0, p1, p2, px;
     for (;;) {
         const double ll = detail::expectation(d, f.p, w);
         f.logLikelihood = ll;
@@ -88,9 +136,24 @@ void run(const Data& d, Fit& f, Work& w, unsigned limit, double tolerance) {
             return;
         }
         if (f.iterations >= limit) return;
+        f.previous = ll;
+        if (accelerate) p0 = f.p;
         detail::maximisation(d, f.p, w);
         ++f.iterations;
-        f.previous = ll;
+        if (!accelerate || f.iterations + 2 > limit) continue;
+        p1 = f.p;
+        const double ll1 = detail::expectation(d, p1, w);
+        if (ll1 == kMinusInf) continue;
+        detail::maximisation(d, f.p, w);
+        ++f.iterations;
+        p2 = f.p;
+        extrapolate(p0, p1, p2, px);
+        const double llx = detail::expectation(d, px, w);
+        if (std::isfinite(llx) && llx >= ll1) {
+            f.p = px;
+            detail::maximisation(d, f.p, w);
+            ++f.iterations;
+        }
     }
 }
 
@@ -190,7 +253,7 @@ Search search(const Data& full, const std::vector<std::vector<unsigned>>& candid
         Fit f;
         f.p = start(ascending, sorted, share);
         w.resize(d.size(), f.p.branches(), d.classes);
-        run(d, f, w, probe, o.tolerance);
+        run(d, f, w, probe, o.tolerance, o.accelerate);
         if (f.logLikelihood > out.best.logLikelihood || out.best.p.r.empty()) out.best = f;
     }
     if (out.structures == 0) {
@@ -224,16 +287,16 @@ Search search(const Data& full, const std::vector<std::vector<unsigned>>& candid
             for (double& l : f.p.lambda) l *= std::exp(2 * jitter.drawRandomNumber() - 1);
         }
         ++made;
-        run(d, f, w, probe, o.tolerance);
+        run(d, f, w, probe, o.tolerance, o.accelerate);
         if (f.logLikelihood > out.best.logLikelihood) out.best = f;
     }
-    run(d, out.best, w, out.best.iterations + capFor(d.size(), o), o.tolerance);
+    run(d, out.best, w, out.best.iterations + capFor(d.size(), o), o.tolerance, o.accelerate);
     if (shortened) {
         Fit& f = out.best;
         f.previous = kMinusInf;
         f.converged = false;
         w.resize(full.size(), B, full.classes);
-        run(full, f, w, f.iterations + capFor(full.size(), o), o.tolerance);
+        run(full, f, w, f.iterations + capFor(full.size(), o), o.tolerance, o.accelerate);
     }
     return out;
 }

@@ -65,6 +65,8 @@ struct Options {
     // latest, when that is below maxIterations (a long trace then ends
     // unconverged and says so); never before probeIterations.
     double valueIterations = 5e7;
+    // Squared extrapolation between EM steps (SQUAREM); plain EM without.
+    bool accelerate = true;
     // Above this many partitions of the order, only the balanced structures
     // (B branches of orders differing by at most one, B = 1 .. 8) are tried.
     std::size_t maxStructures = 64;

@@ -149,3 +149,16 @@ TEST(MapEM, MarkedModelFileLoadsAsItsMapAndListsTheClasses) {
     const mapem::Result copy = m;
     EXPECT_NE(dynamic_cast<mapem::MarkedMAP*>(copy.map.get()), nullptr);
 }
+
+TEST(MapEM, AccelerationReachesThePlainEmOptimum) {
+    const auto data = mapem::simulate(plainModel(), 2000, 12);
+    mapem::Options plain;
+    plain.accelerate = false;
+    plain.maxIterations = 20000;
+    const mapem::Result slow = mapem::fit_map(data.first, 4, plain);
+    const mapem::Result fast = mapem::fit_map(data.first, 4);
+    EXPECT_TRUE(slow.converged);
+    EXPECT_TRUE(fast.converged);
+    EXPECT_NEAR(fast.logLikelihood, slow.logLikelihood, 0.01);
+    EXPECT_LT(fast.iterations, slow.iterations);
+}
