@@ -36,43 +36,19 @@ void report(benchmark::State& state, const mapem::Result& fit, const mapem::Resu
     state.counters["structures"] = fit.structures;
 }
 
-// Order 5 on 1 000 values: all seven structures.
-void BM_Order5On1000(benchmark::State& state) {
-    const mapem::Result truth = plainModel();
-    const auto data = mapem::simulate(truth, 1000, 11);
+// Fits `order` to n values of the model drawn with `seed` and reports.
+void fitAndReport(benchmark::State& state, const mapem::Result& truth, std::size_t n, unsigned long seed,
+                  unsigned order) {
+    const auto data = mapem::simulate(truth, n, seed);
+    const bool marked = truth.transitions.size() > 1;
+    const std::vector<unsigned> none;
+    const std::vector<unsigned>& classes = marked ? data.second : none;
     mapem::Result fit;
-    for (auto _ : state) fit = mapem::fit_map(data.first, 5);
-    report(state, fit, truth, data.first, {});
-}
-BENCHMARK(BM_Order5On1000)->Unit(benchmark::kMillisecond)->Iterations(5);
-
-// Order 4 on 100 000 values: the fit against the generating model.
-void BM_Order4On100000(benchmark::State& state) {
-    const mapem::Result truth = plainModel();
-    const auto data = mapem::simulate(truth, 100000, 7);
-    mapem::Result fit;
-    for (auto _ : state) fit = mapem::fit_map(data.first, 4);
-    report(state, fit, truth, data.first, {});
-}
-BENCHMARK(BM_Order4On100000)->Unit(benchmark::kMillisecond)->Iterations(1);
-
-// Order 6 on 1 000 000 values: all eleven structures.
-void BM_Order6On1000000(benchmark::State& state) {
-    const mapem::Result truth = plainModel();
-    const auto data = mapem::simulate(truth, 1000000, 5);
-    mapem::Result fit;
-    for (auto _ : state) fit = mapem::fit_map(data.first, 6);
-    report(state, fit, truth, data.first, {});
-}
-BENCHMARK(BM_Order6On1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
-
-// Two classes, order 4 on 100 000 values.
-void BM_Marked4On100000(benchmark::State& state) {
-    const mapem::Result truth = markedModel();
-    const auto data = mapem::simulate(truth, 100000, 3);
-    mapem::Result fit;
-    for (auto _ : state) fit = mapem::fit_mmap(data.first, data.second, 2, 4);
-    report(state, fit, truth, data.first, data.second);
+    for (auto _ : state)
+        fit = marked ? mapem::fit_mmap(data.first, data.second, 2, order) : mapem::fit_map(data.first, order);
+    report(state, fit, truth, data.first, classes);
+    if (!marked) return;
+    // The class shares of the fitted model against those of the data.
     const std::vector<double> model = mapem::class_frequencies(fit);
     double worst = 0;
     for (unsigned c = 0; c < 2; ++c) {
@@ -81,6 +57,21 @@ void BM_Marked4On100000(benchmark::State& state) {
     }
     state.counters["classes"] = worst;
 }
+
+// Order 5 on 1 000 values: all seven structures.
+void BM_Order5On1000(benchmark::State& state) { fitAndReport(state, plainModel(), 1000, 11, 5); }
+BENCHMARK(BM_Order5On1000)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+// Order 4 on 100 000 values: the fit against the generating model.
+void BM_Order4On100000(benchmark::State& state) { fitAndReport(state, plainModel(), 100000, 7, 4); }
+BENCHMARK(BM_Order4On100000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+// Order 6 on 1 000 000 values: all eleven structures.
+void BM_Order6On1000000(benchmark::State& state) { fitAndReport(state, plainModel(), 1000000, 5, 6); }
+BENCHMARK(BM_Order6On1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+// Two classes, order 4 on 100 000 values.
+void BM_Marked4On100000(benchmark::State& state) { fitAndReport(state, markedModel(), 100000, 3, 4); }
 BENCHMARK(BM_Marked4On100000)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 }  // namespace
