@@ -3,6 +3,8 @@
 // partial-autocorrelation map, and the accuracy of the fit.
 #include <cmath>
 
+#include "distributions/dist_erlang.h"
+#include "distributions/dist_hypererlang.h"
 #include "distributions/dist_lognormal.h"
 #include "distributions/dist_normal.h"
 #include "core/process.h"
@@ -13,6 +15,7 @@
 #include "fitting/modelchoice.h"
 #include "fitting/likelihood.h"
 #include "fitting_helpers.h"
+#include "markov/chep.h"
 #include "numerics/random.h"
 #include "timeseries/arima.h"
 
@@ -154,4 +157,28 @@ TEST(ModelChoice, BicPicksTheClassThatMadeTheData) {
         EXPECT_EQ(choice.logLikelihood, choice.candidates[choice.chosen].logLikelihood);
         ASSERT_TRUE(choice.model != nullptr);
     }
+}
+
+TEST(Likelihood, ChepOfOneBranchIsTheArtaOfItsErlang) {
+    // A type-2 CHEP of one branch places each value inside an Erlang by the
+    // base process, as an ARTA with that Erlang marginal does; type 1 has no
+    // copula form.
+    const std::vector<double> x = {0.8, 1.6, 0.3, 2.2, 1.1, 0.9, 1.7};
+    const ARIMA base({0.6}, {}, 0, 0, 0.64, 0, "test");
+    chep type2(new HyperErlang({3}, {2.5}, {1.0}), new ARIMA(base), CHEP_TYPE_2);
+    Erlang erlang(3, 2.5);
+    EXPECT_NEAR(likelihood::chep_type2(type2, x), likelihood::copula(&erlang, base, x), 1e-9);
+    chep type1(new HyperErlang({3}, {2.5}, {1.0}), new ARIMA(base), CHEP_TYPE_1);
+    EXPECT_EQ(velmora_test::failureOf([&] { likelihood::chep_type2(type1, x); }),
+              "likelihood: The copula likelihood is that of a CHEP of type 2.");
+}
+
+TEST(Likelihood, WhiteNoiseFitIsTheIndependentNormalDensity) {
+    // ARMA(0, 0) has nothing to search: log L = sum log phi(z).
+    const std::vector<double> z = sineSeries(40);
+    double expected = 0;
+    for (double v : z) expected += -0.5 * v * v - 0.91893853320467274178;
+    const armaml::Fit fit = armaml::fit(z, 0, 0);
+    EXPECT_NEAR(fit.logLikelihood, expected, 1e-9);
+    EXPECT_NEAR(fit.aic, -2 * expected, 1e-9);
 }

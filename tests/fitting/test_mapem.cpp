@@ -162,3 +162,42 @@ TEST(MapEM, AccelerationReachesThePlainEmOptimum) {
     EXPECT_NEAR(fast.logLikelihood, slow.logLikelihood, 0.01);
     EXPECT_LT(fast.iterations, slow.iterations);
 }
+
+TEST(MapEM, ModelsAreCheckedAndSimulatedAsStationaryProcesses) {
+    const struct {
+        std::vector<unsigned> structure;
+        std::vector<double> rates;
+        std::vector<std::vector<double>> transitions;
+        std::string message;
+    } bad[] = {
+        {{}, {}, {{}}, "An Erlang-branch model needs a branch."},
+        {{1, 0}, {1, 1}, {{1, 0, 0, 1}}, "Each branch needs phases and a positive finite rate."},
+        {{1, 1}, {1, -1}, {{1, 0, 0, 1}}, "Each branch needs phases and a positive finite rate."},
+        {{1, 1}, {1, 1}, {{1, 0, 0}}, "A transition matrix has not B x B entries."},
+        {{1, 1}, {1, 1}, {{1.5, -0.5, 0, 1}}, "A transition probability is negative."},
+        {{1, 1}, {1, 1}, {{0.5, 0.4, 0, 1}}, "A row of the transition matrices does not sum to 1."},
+        {{40, 30}, {1, 1}, {{1, 0, 0, 1}}, "Invalid MAP order 70: it must be 1 to 64."},
+    };
+    for (const auto& b : bad) EXPECT_EQ(messageOf([&] { mapem::model(b.structure, b.rates, b.transitions); }, "mapem"), b.message);
+    // The simulated values' mean against the MAP's first moment, and the
+    // class shares against those of the model.
+    const mapem::Result m = markedModel();
+    const auto data = mapem::simulate(m, 50000, 21);
+    double sum = 0, first = 0;
+    for (std::size_t k = 0; k < data.first.size(); ++k) {
+        sum += data.first[k];
+        first += data.second[k] == 0;
+    }
+    EXPECT_NEAR(sum / data.first.size(), m.map->getMoments(1, 1)[0], 0.02);
+    EXPECT_NEAR(first / data.first.size(), mapem::class_frequencies(m)[0], 0.01);
+}
+
+TEST(MapEM, OrderByAicKeepsEveryOrdersFit) {
+    const auto data = mapem::simulate(plainModel(), 3000, 17);
+    std::vector<mapem::Result> orders;
+    const mapem::Result best = mapem::fit_map_by_aic(data.first, 4, mapem::Options(), &orders);
+    ASSERT_EQ(orders.size(), 4u);
+    for (const auto& r : orders) EXPECT_LE(best.aic, r.aic);
+    // Each order's structures are the partitions of the order.
+    for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(orders[k].structures, mapem::partitions(k + 1).size());
+}
