@@ -5,7 +5,9 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "core/output_file.h"
 #include "core/process_files.h"
+#include "core/stage_timer.h"
 
 #include "config/conf.h"
 
@@ -77,6 +79,7 @@
 #include "fitting/mmepfit.h"
 #include "fitting/tracefit.h"
 
+#include "reporting/fit_report.h"
 #include "reporting/plotter.h"
 
 #include "reporting/import_export.h"

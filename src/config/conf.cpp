@@ -30,6 +30,12 @@ double Config::getValueAsDouble(std::string key) { return toDouble(getValue(key)
 
 int Config::getValueAsInt(std::string key) { return toInt(getValue(key)); }
 
+std::vector<std::string> Config::getKeys() const {
+    std::vector<std::string> keys;
+    for (const auto& entry : values) keys.push_back(entry.first);
+    return keys;
+}
+
 void Config::setValue(std::string key, std::string value, bool overwrite) {
     if (overwrite || values.count(key) == 0) values[key] = value;
 }

@@ -25,6 +25,8 @@ public:
     double getValueAsDouble(std::string key);
     int getValueAsInt(std::string key);
     Matrix getValueAsMatrix(std::string key);
+    // The keys held, in lower case and sorted.
+    std::vector<std::string> getKeys() const;
 
     // Stores the key as given, without lowercasing it.
     void setValue(std::string key, std::string value, bool overwrite);

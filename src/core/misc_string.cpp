@@ -2,6 +2,9 @@
 
 #include <cctype>
 #include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <sstream>
 
 namespace velmora {
@@ -88,6 +91,27 @@ std::string tolower(std::string text) {
 
 std::string toupper(std::string text) {
     for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+namespace {
+// Per thread, so that a model written on one thread keeps the form of one
+// written on another.
+thread_local bool fullPrecision = false;
+}  // namespace
+
+FullPrecisionText::FullPrecisionText() : previous(fullPrecision) { fullPrecision = true; }
+FullPrecisionText::~FullPrecisionText() { fullPrecision = previous; }
+bool FullPrecisionText::active() { return fullPrecision; }
+
+std::string formatNumber(double x, const char* form) {
+    if (std::isnan(x)) return "-";
+    char buf[64];
+    std::snprintf(buf, sizeof buf, form, x);
+    std::string text = buf;
+    if (std::isfinite(x) && text[0] == '-' && text.find_first_of("123456789") == std::string::npos)
+        text[0] = std::strchr(form, '+') != nullptr ? '+' : ' ';
+    if (text[0] == ' ') text.erase(0, 1);
     return text;
 }
 

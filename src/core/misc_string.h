@@ -30,6 +30,29 @@ std::string trimLeft(std::string text);
 std::string trimRight(std::string text);
 
 std::string tolower(std::string text);
+
+// Model texts (the models' toString and save) write numbers in each
+// writer's own form: six significant digits, six decimals, ten digits for
+// matrices. While a FullPrecisionText lives, the writers on its thread use
+// 17 significant digits instead, which read back to the same double, so
+// that a model file holds exactly the model in memory.
+class FullPrecisionText {
+public:
+    FullPrecisionText();
+    ~FullPrecisionText();
+    FullPrecisionText(const FullPrecisionText&) = delete;
+    FullPrecisionText& operator=(const FullPrecisionText&) = delete;
+    static bool active();
+    static constexpr int kDigits = 17;
+
+private:
+    bool previous;
+};
+
+// x in the printf form `form` (one double conversion) for reports: NaN
+// gives "-", and a value that rounds to zero shows no minus sign (a "%+"
+// form shows "+" instead).
+std::string formatNumber(double x, const char* form = "%.6g");
 std::string toupper(std::string text);
 
 template <typename T>

@@ -21,12 +21,22 @@ void readProcessFile(const std::string& file, format f, const char* module, cons
     }
 }
 
+namespace {
+const char* const kXmlHead = "<?xml version=\"1.0\"?>\n<velmora>\n";
+const char* const kXmlTail = "</velmora>\n";
+}  // namespace
+
+std::string processFileText(Process& process, format f) {
+    const std::string text = process.toString(f);
+    return f == FORMAT_XML ? kXmlHead + text + kXmlTail : text;
+}
+
 void saveProcessFile(Process& process, const std::string& file, format f, const char* module) {
     std::ofstream out(file.c_str(), std::ios::out | std::ios::trunc);
     if (!out.is_open()) throw Exception(module, __LINE__, "Cannot open file.");
-    if (f == FORMAT_XML) out << "<?xml version=\"1.0\"?>\n<velmora>\n";
+    if (f == FORMAT_XML) out << kXmlHead;
     out << process.toString(f);
-    if (f == FORMAT_XML) out << "</velmora>\n";
+    if (f == FORMAT_XML) out << kXmlTail;
 }
 
 }  // namespace velmora

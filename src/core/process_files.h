@@ -27,6 +27,10 @@ void loadProcessFile(Model& model, const std::string& file, format f, const char
         [&model](XMLConfig* document) { model.load(document); });
 }
 
+// The whole text of a model file: the model's toString, inside the document
+// envelope for XML.
+std::string processFileText(Process& process, format f);
+
 // The format is checked by the model's toString, after the file has been
 // emptied and, for XML, the envelope opened.
 void saveProcessFile(Process& process, const std::string& file, format f, const char* module);

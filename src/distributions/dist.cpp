@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -78,9 +79,19 @@ std::string Dist::layoutText(format f, dist_type t, const std::string& familyTag
     return text;
 }
 
+namespace {
+// Full precision has no fixed form: 17 significant digits whatever the size.
+void numberForm(std::ostream& out, bool fixed) {
+    if (FullPrecisionText::active())
+        out.precision(FullPrecisionText::kDigits);
+    else if (fixed)
+        out.setf(std::ios::fixed, std::ios::floatfield);
+}
+}  // namespace
+
 std::string Dist::formatNumber(double value, bool fixed) {
     std::ostringstream out;
-    if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
+    numberForm(out, fixed);
     out << value;
     return out.str();
 }
@@ -93,7 +104,7 @@ std::string Dist::formatNumber(unsigned value) {
 
 std::string Dist::formatList(const std::vector<double>& values, bool fixed) {
     std::ostringstream out;
-    if (fixed) out.setf(std::ios::fixed, std::ios::floatfield);
+    numberForm(out, fixed);
     for (double value : values) out << value << " ";
     return out.str();
 }

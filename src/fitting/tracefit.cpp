@@ -4,11 +4,14 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <limits>
 #include <utility>
 
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
 #include "core/process.h"
+#include "core/process_files.h"
 #include "distributions/dist.h"
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exponential.h"
@@ -118,11 +121,41 @@ CPH phaseTypeFor(const TraceFitMarginal& m, const std::string& model) {
                    "hyperexponential, hypererlang or a ph model file), not " + m.name() + ".");
 }
 
+// Probabilities that the XML readers, which sum them left to right and
+// want exactly 1, accept: scaled by their sum, with the last one taking up
+// what rounding leaves.
+std::vector<double> summingToOne(std::vector<double> p) {
+    double sum = 0;
+    for (double x : p) sum += x;
+    if (p.empty() || !(sum > 0) || !std::isfinite(sum)) return p;
+    for (double& x : p) x /= sum;
+    double head = 0;
+    for (std::size_t i = 0; i + 1 < p.size(); ++i) head += p[i];
+    double& last = p.back();
+    last = std::max(0.0, 1 - head);
+    for (int step = 0; step < 8 && head + last != 1; ++step)
+        last = std::nextafter(last, head + last > 1 ? 0.0 : 2.0);
+    return p;
+}
+
+// A fitted mixture is written as it is held, so its probabilities must pass
+// the readers' check as they are.
+void normaliseMixture(Dist* d) {
+    if (d == nullptr) return;
+    if (d->getType() == DIST_HYPERERLANG) {
+        HyperErlang* h = static_cast<HyperErlang*>(d);
+        h->setProbabilities(summingToOne(h->getProbabilities()));
+    } else if (d->getType() == DIST_HYPEREXPONENTIAL) {
+        HyperExponential* h = static_cast<HyperExponential*>(d);
+        h->setProbabilities(summingToOne(h->getProbabilities()));
+    }
+}
+
 }  // namespace
 
 tracefit_model tracefit_model_from_name(const std::string& name) {
     for (unsigned i = 0; i < 5; ++i)
-        if (name == kModelNames[i]) return static_cast<tracefit_model>(i);
+        if (tolower(name) == kModelNames[i]) return static_cast<tracefit_model>(i);
     fail(__LINE__, "Unknown model class '" + name + "' (choose auto, arta, capp, chep or map).");
 }
 
@@ -155,8 +188,9 @@ std::string TraceFitMarginal::parameterText() const {
     return "";
 }
 
-// A known family name wins over a file of the same name; a name ending in
-// ".xml", or any other name that opens as a file, is a model file.
+// A known family name (in any case) wins over a file of the same name; a
+// name ending in ".xml", or any other name that opens as a file, is a model
+// file.
 TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::string& request, unsigned phases) {
     distfit::check_values(data, "the trace", false);
     if (request.empty()) {
@@ -166,24 +200,27 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.assessment = s.candidates[s.bestIndex].assessment;
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
+        normaliseMixture(m.dist.get());
         return m;
     }
-    if (!isFamilyName(request)) {
+    const std::string family = tolower(request);
+    if (!isFamilyName(family)) {
         if (endsWithXml(request) || readable(request)) return marginalFromFile(request, data);
         fail(__LINE__, "Unknown marginal '" + request + "': neither a distribution family nor a model file.");
     }
     TraceFitMarginal m;
     m.source = "fitted";
-    if (request == "hypererlang") {
+    if (family == "hypererlang") {
         // The phase count is chosen like the family: by AIC.
-        distfit::Selection s = distfit::best_family(data, {request}, phases);
+        distfit::Selection s = distfit::best_family(data, {family}, phases);
         m.assessment = s.candidates[s.bestIndex].assessment;
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
     } else {
-        m.dist.reset(distfit::fit_distribution(request, data, 0));
+        m.dist = std::unique_ptr<Dist>(distfit::fit_distribution(family, data, 0));
         m.assessment = distfit::assess(m.dist.get(), data);
     }
+    normaliseMixture(m.dist.get());
     return m;
 }
 
@@ -249,57 +286,64 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
     return a;
 }
 
-Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t, const TraceFitOrders& o) {
+namespace {
+
+// The fitters take their marginal as a raw pointer and own it once they
+// succeed (or delete it, having replaced it); when they fail it stays here.
+template <class T, class Fit>
+std::unique_ptr<Process> handOver(std::unique_ptr<T>& marginal, Fit&& fit) {
+    std::unique_ptr<Process> result(fit(marginal.get()));
+    (void)marginal.release();
+    return result;
+}
+
+}  // namespace
+
+std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                              const TraceFitOrders& o) {
     if (t == nullptr) fail(__LINE__, "No trace.");
     if (!m.dist && !m.ph) fail(__LINE__, "No marginal distribution.");
     switch (model) {
-        case TRACEFIT_AUTO: {
-            Process* result = m.dist ? fit_arta_chep_capp(m.dist.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax)
-                                     : fit_arta_chep_capp(m.ph.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            // The fit owns the marginal now, or has deleted it.
-            m.dist.release();
-            m.ph.release();
-            return result;
-        }
+        case TRACEFIT_AUTO:
+            if (m.dist)
+                return handOver(m.dist, [&](Dist* d) {
+                    return fit_arta_chep_capp(d, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+                });
+            return handOver(m.ph, [&](CPH* c) {
+                return fit_arta_chep_capp(c, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+            });
         case TRACEFIT_ARTA: {
             if (m.ph && m.ph->getOrder() != 1)
                 fail(__LINE__, "Model arta needs a distribution family as marginal, not a ph model of order " +
                                    std::to_string(m.ph->getOrder()) + ".");
-            std::unique_ptr<Dist> exponential;
-            if (m.ph) exponential = std::make_unique<Exponential>(-m.ph->getT()(0, 0));
-            Dist* d = m.ph ? exponential.get() : m.dist.get();
-            ARTAFit fitter(t, d, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            Process* result = fitter.fit_arta_model();
-            exponential.release();
-            m.dist.release();
+            std::unique_ptr<Dist> d = m.ph ? std::make_unique<Exponential>(-m.ph->getT()(0, 0)) : std::move(m.dist);
+            std::unique_ptr<Process> result = handOver(d, [&](Dist* marginal) {
+                return ARTAFit(t, marginal, o.lags, o.pMin, o.pMax, o.qMin, o.qMax).fit_arta_model();
+            });
             m.ph.reset();
             return result;
         }
         case TRACEFIT_CHEP: {
-            if (m.ph || !m.dist)
-                fail(__LINE__, "Model chep needs a hyper-Erlang marginal (or an exponential, erlang or "
-                               "hyperexponential one), not " + m.name() + ".");
-            if (m.dist->getType() == DIST_HYPERERLANG) {
-                Process* result =
-                    cappfit::fit_chep(static_cast<HyperErlang*>(m.dist.get()), t, o.lags, o.pMin, o.pMax, o.qMin,
-                                      o.qMax);
-                m.dist.release();
-                return result;
-            }
-            std::unique_ptr<HyperErlang> h = asHyperErlang(m.dist.get());
+            if (m.dist && m.dist->getType() == DIST_HYPERERLANG)
+                return handOver(m.dist, [&](Dist* d) {
+                    return cappfit::fit_chep(static_cast<HyperErlang*>(d), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+                });
+            std::unique_ptr<HyperErlang> h = m.dist ? asHyperErlang(m.dist.get()) : nullptr;
             if (!h)
                 fail(__LINE__, "Model chep needs a hyper-Erlang marginal (or an exponential, erlang or "
                                "hyperexponential one), not " + m.name() + ".");
-            Process* result = cappfit::fit_chep(h.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            h.release();
+            std::unique_ptr<Process> result = handOver(h, [&](HyperErlang* e) {
+                return cappfit::fit_chep(e, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+            });
             m.dist.reset();
             return result;
         }
         case TRACEFIT_CAPP: {
             const CPH chain = phaseTypeFor(m, "capp");
             auto c = std::make_unique<CPH>(chain.getT(), chain.getTau());
-            Process* result = cappfit::fit_capp(c.get(), t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
-            c.release();
+            std::unique_ptr<Process> result = handOver(c, [&](CPH* ph) {
+                return cappfit::fit_capp(ph, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
+            });
             m.dist.reset();
             m.ph.reset();
             return result;
@@ -310,10 +354,9 @@ Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* 
                 fail(__LINE__, "The trace is too short for " + std::to_string(o.lags) + " lags.");
             map_markovian_rep rep =
                 mapfit::mapfit_fit_autocorrelation(chain.getT(), chain.getTau(), t->getAutocorrelations(1, o.lags));
-            Process* result = new MAP(rep.D0, rep.D1);
             m.dist.reset();
             m.ph.reset();
-            return result;
+            return std::make_unique<MAP>(rep.D0, rep.D1);
         }
     }
     fail(__LINE__, "Unknown model class.");
@@ -327,14 +370,118 @@ std::string tracefit_model_class(Process* model) {
     return model->getProcessTypeString();
 }
 
+namespace {
+
+ARIMA* baseOf(Process* model) {
+    if (ARTA* a = dynamic_cast<ARTA*>(model)) return a->getBaseProcess();
+    if (capp* c = dynamic_cast<capp*>(model)) return c->getBaseProcess();
+    return nullptr;
+}
+
+// Whether an AR root lies within 1.001 of the unit circle: the roots of
+// phi(z) have modulus above 1.001 exactly when those of phi(1.001 z) lie
+// outside the unit circle.
+bool nearUnitRoot(const ARIMA& base) {
+    std::vector<double> ar = base.getARCoefficients();
+    double power = 1;
+    for (double& phi : ar) phi *= (power *= 1.001);
+    return !ARIMA(ar, {}, 0, 0, 1, 0, "").isStationary();
+}
+
+}  // namespace
+
 bool tracefit_base_orders(Process* model, unsigned* p, unsigned* q) {
-    ARIMA* base = nullptr;
-    if (ARTA* a = dynamic_cast<ARTA*>(model)) base = a->getBaseProcess();
-    if (capp* c = dynamic_cast<capp*>(model)) base = c->getBaseProcess();
+    ARIMA* base = baseOf(model);
     if (base == nullptr) return false;
     *p = static_cast<unsigned>(base->getARCoefficients().size());
     *q = static_cast<unsigned>(base->getMACoefficients().size());
     return true;
+}
+
+TraceFitResult::TraceFitResult() : jointLogLikelihood(std::numeric_limits<double>::quiet_NaN()) {}
+TraceFitResult::TraceFitResult(TraceFitResult&&) noexcept = default;
+TraceFitResult& TraceFitResult::operator=(TraceFitResult&&) noexcept = default;
+TraceFitResult::~TraceFitResult() = default;
+
+TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
+                        const std::function<void(const std::string&)>& stage) {
+    const unsigned lags = request.orders.lags;
+    if (trace.getSize() < static_cast<std::size_t>(lags) + 2)
+        fail(__LINE__, "The trace holds " + std::to_string(trace.getSize()) + " values; " + std::to_string(lags) +
+                           " lags need at least " + std::to_string(lags + 2) + ".");
+    std::vector<double> data(trace.getSize());
+    for (unsigned i = 0; i < trace.getSize(); ++i) data[i] = trace.getElement(i);
+
+    TraceFitResult r;
+    r.values = data.size();
+    if (stage) stage("marginal");
+    TraceFitMarginal marginal = tracefit_marginal(data, request.marginal, request.phases);
+    r.marginalName = marginal.name();
+    r.marginalSource = marginal.source;
+    r.marginalParameters = marginal.parameterText();
+    r.assessment = marginal.assessment;
+    r.candidates = std::move(marginal.candidates);
+
+    if (stage) stage("correlation");
+    r.model = tracefit_correlation(marginal, request.model, &trace, request.orders);
+    // An AR root next to the unit circle that an MA root nearly cancels
+    // matches the lags fitted but lets the values drift far from the mean
+    // over a long run. Such a fit is made again with AR terms only, on the
+    // same marginal fitted anew (the first one now belongs to the model).
+    ARIMA* base = baseOf(r.model.get());
+    if (base != nullptr && !base->getMACoefficients().empty() && nearUnitRoot(*base) && request.orders.qMin == 0) {
+        libvelmora_infomsg("The base process nearly has a unit root that its MA part cancels; fitting AR orders only.");
+        TraceFitOrders arOnly = request.orders;
+        arOnly.qMax = 0;
+        TraceFitMarginal again = tracefit_marginal(data, request.marginal, request.phases);
+        r.model = tracefit_correlation(again, request.model, &trace, arOnly);
+    }
+    r.modelClass = tracefit_model_class(r.model.get());
+    r.hasOrders = tracefit_base_orders(r.model.get(), &r.p, &r.q);
+    r.targets = trace.getAutocorrelations(1, lags);
+    r.fitted = r.model->getAutocorrelations(1, lags);
+    return r;
+}
+
+std::string tracefit_model_file_text(Process& model) {
+    FullPrecisionText exact;
+    const std::string text = processFileText(model, FORMAT_XML);
+    // The document's first element is the model; a second one (the capp
+    // that a chep's text carries behind its own) is left out.
+    const std::string head = "<velmora>\n<";
+    const std::string::size_type open = text.find(head);
+    const std::string::size_type tagEnd = open == std::string::npos ? open : text.find('>', open + head.size());
+    if (tagEnd == std::string::npos) fail(__LINE__, "The model's text holds no element.");
+    const std::string close = "</" + text.substr(open + head.size(), tagEnd - open - head.size()) + ">\n";
+    const std::string::size_type end = text.find(close, tagEnd);
+    if (end == std::string::npos) fail(__LINE__, "The model's text does not close its element.");
+    return text.substr(0, end + close.size()) + "</velmora>\n";
+}
+
+namespace {
+
+bool close(double got, double want, double scale) {
+    return std::fabs(got - want) <= 1e-9 * scale || (std::isnan(got) && std::isnan(want));
+}
+
+}  // namespace
+
+// Moments relative to their own size, autocorrelations relative to 1.
+void tracefit_check_model_file(Process& model, const std::string& file) {
+    XMLConfig document(file);
+    std::unique_ptr<Process> read(load_process(&document));
+    const std::vector<double> want = model.getMoments(1, 3), got = read->getMoments(1, 3);
+    for (std::size_t i = 0; i < want.size() && i < got.size(); ++i)
+        if (!close(got[i], want[i], std::fabs(want[i])))
+            fail(__LINE__, "The model file does not hold the fitted model: its moment " + std::to_string(i + 1) +
+                               " is " + formatNumber(got[i], "%.17g") + ", the fit's " +
+                               formatNumber(want[i], "%.17g") + ".");
+    const std::vector<double> wantAc = model.getAutocorrelations(1, 10), gotAc = read->getAutocorrelations(1, 10);
+    for (std::size_t i = 0; i < wantAc.size() && i < gotAc.size(); ++i)
+        if (!close(gotAc[i], wantAc[i], std::max(1.0, std::fabs(wantAc[i]))))
+            fail(__LINE__, "The model file does not hold the fitted model: its autocorrelation at lag " +
+                               std::to_string(i + 1) + " is " + formatNumber(gotAc[i], "%.17g") + ", the fit's " +
+                               formatNumber(wantAc[i], "%.17g") + ".");
 }
 
 }  // namespace velmora

@@ -7,6 +7,8 @@
 #ifndef VELMORA_FITTING_TRACEFIT_H
 #define VELMORA_FITTING_TRACEFIT_H
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -67,14 +69,14 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
 // entry of T and of tau less one, Kolmogorov-Smirnov distance and moments.
 distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>& data);
 
-// The correlated model, new and the caller's, fitted to the trace's
-// autocorrelations at lags 1..lags with ARMA base processes of the orders
-// pMin..pMax and qMin..qMax. The classes need: ARTA a family (or a
-// phase-type of order 1), CHEP a hyper-Erlang (or an exponential, Erlang or
-// hyper-exponential, taken as one), CAPP and MAP a phase-type form (those
-// four families, a hypo-exponential, or a ph file); otherwise it throws,
-// naming the class and the marginal. On success the marginal belongs to the model (or was replaced
-// by an equivalent one) and `m` holds none; on failure `m` keeps it.
+// The correlated model fitted to the trace's autocorrelations at lags
+// 1..lags with ARMA base processes of the orders pMin..pMax and qMin..qMax.
+// The classes need: ARTA a family (or a phase-type of order 1), CHEP a
+// hyper-Erlang (or an exponential, Erlang or hyper-exponential, taken as
+// one), CAPP and MAP a phase-type form (those four families, a
+// hypo-exponential, or a ph file); otherwise it throws, naming the class and
+// the marginal. On success the marginal belongs to the model (or was
+// replaced by an equivalent one) and `m` holds none; on failure `m` keeps it.
 struct TraceFitOrders {
     unsigned lags = 10;
     unsigned pMin = 1;
@@ -82,14 +84,64 @@ struct TraceFitOrders {
     unsigned qMin = 0;
     unsigned qMax = 1;
 };
-Process* tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
-                              const TraceFitOrders& orders);
+std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                              const TraceFitOrders& orders);
 
 // What a fitted model is ("ARTA", "CAPP", "CHEP type 1", "MAP of order 6",
 // ...), and the orders of its ARMA base process when it has one (p and q
 // are then set and the result is true).
 std::string tracefit_model_class(Process* model);
 bool tracefit_base_orders(Process* model, unsigned* p, unsigned* q);
+
+// What the whole fit is asked for: the marginal request of
+// tracefit_marginal, its largest hyper-Erlang phase count, the model class
+// and the orders.
+struct TraceFitRequest {
+    std::string marginal;
+    unsigned phases = 6;
+    tracefit_model model = TRACEFIT_AUTO;
+    TraceFitOrders orders;
+};
+
+// The result of a whole fit. It owns the model; the marginal is described
+// as it was chosen (its distribution now lives inside the model).
+struct TraceFitResult {
+    std::unique_ptr<Process> model;
+    std::size_t values = 0;            // the trace's length
+    std::string marginalName;          // TraceFitMarginal::name()
+    std::string marginalSource;        // "AIC choice", "fitted" or "file"
+    std::string marginalParameters;    // TraceFitMarginal::parameterText()
+    distfit::Assessment assessment;
+    std::vector<distfit::Candidate> candidates;
+    std::string modelClass;            // tracefit_model_class
+    bool hasOrders = false;            // an ARMA base process of orders p, q
+    unsigned p = 0;
+    unsigned q = 0;
+    std::vector<double> targets;       // the trace's autocorrelations, lag 1 first
+    std::vector<double> fitted;        // the model's at the same lags
+    // The joint log-likelihood of the trace under the model; NaN while the
+    // model class has none.
+    double jointLogLikelihood;
+    TraceFitResult();
+    TraceFitResult(TraceFitResult&&) noexcept;
+    TraceFitResult& operator=(TraceFitResult&&) noexcept;
+    ~TraceFitResult();
+};
+
+// The marginal, then the correlated model, then the autocorrelations of
+// both. `stage`, when set, is called with "marginal" and "correlation" as
+// each begins, so that a caller can time them or say what failed.
+TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
+                        const std::function<void(const std::string&)>& stage = {});
+
+// The text of a model file holding the model alone (one model element) with
+// every number in full precision, so that the file reads back to the model.
+std::string tracefit_model_file_text(Process& model);
+
+// Reads the model file with the model readers and compares its moments 1-3
+// and autocorrelations at lags 1-10 with those of `model` (relative 1e-9);
+// throws, naming the first that differs, when they don't agree.
+void tracefit_check_model_file(Process& model, const std::string& file);
 
 }  // namespace velmora
 

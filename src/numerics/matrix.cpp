@@ -215,7 +215,7 @@ bool Matrix::isSubgeneratorMatrix() const {
 
 std::string Matrix::toString(int precision) const {
     std::ostringstream out;
-    out.precision(precision);
+    out.precision(FullPrecisionText::active() ? FullPrecisionText::kDigits : precision);
     for (const std::vector<double>& row : rows) {
         for (double v : row) out << v << ' ';
         out << '\n';

@@ -137,6 +137,7 @@ void ARIMA::load(XMLElement* element) {
 
 std::string ARIMA::toString(format f) {
     std::ostringstream out;
+    if (FullPrecisionText::active()) out.precision(FullPrecisionText::kDigits);
     if (f == FORMAT_CONFIG) {
         out << "model = f-arima\n";
         out << "class = " << getClass() << "\n";

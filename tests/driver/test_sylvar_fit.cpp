@@ -72,15 +72,15 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
     struct Case { std::string arguments, error; } cases[] = {
         {"", "no trace given (-trace=FILE; see sylvar-fit --help)"},
         {"-trace=" + trace, "no model file given (-out=FILE; see sylvar-fit --help)"},
-        {"-trace=" + missing + " -out=" + out, "cannot read the trace '" + missing + "'"},
-        {"-trace=" + shortTrace + " -out=" + out, "the trace '" + shortTrace + "' holds 5 values; 10 lags need at least 12"},
+        {"-trace=" + missing + " -out=" + out, "cannot read the trace '" + missing + "': Cannot open file."},
+        {"-trace=" + shortTrace + " -out=" + out, "cannot read the trace '" + shortTrace + "': The trace holds 5 values; 10 lags need at least 12."},
         {t + " -marginal=gama",
          "the marginal fit failed: Unknown marginal 'gama': neither a distribution family nor a model file."},
-        {t + " -model=arma", "unknown model class 'arma' (choose auto, arta, capp, chep or map)"},
+        {t + " -model=arma", "Unknown model class 'arma' (choose auto, arta, capp, chep or map)."},
         {t + " -marginal=" + noModel, "the marginal fit failed: The file '" + noModel + "' holds no dist or ph model."},
         {"-trace=" + trace + " -out=/nonexistent-dir/m.xml",
          "cannot write the model file '/nonexistent-dir/m.xml': No such file or directory"},
-        {"-trace=" + trace + " -out=" + trace, "the model file '" + trace + "' is the trace itself"},
+        {"-trace=" + trace + " -out=" + trace, "cannot write the model file '" + trace + "': it is the input '" + trace + "'"},
         {"-trace=" + trace + " -out=" + testing::TempDir(),
          "cannot write the model file '" + testing::TempDir() + "': it is a directory"},
         {t + " -model=chep -marginal=gamma", "the correlation fit failed: Model chep needs a hyper-Erlang marginal "
@@ -94,7 +94,7 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
         {t + " -phases=14", "-phases must be a whole number from 1 to 13, not '14'"},
         {t + " -pmin=4", "-pmin is above -pmax"},
         {t + " -seed=1", "unknown option -seed (see sylvar-fit --help)"},
-        {t + " trace", "invalid argument 'trace' (arguments are -key=value; see sylvar-fit --help)"},
+        {t + " trace", "Invalid command line parameter. Arguments are -key=value; see sylvar-fit --help"},
     };
     for (const Case& c : cases) {
         SylvarFitRun run = runSylvarFit(c.arguments);

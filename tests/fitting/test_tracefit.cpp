@@ -85,3 +85,27 @@ TEST(TraceFit, CorrelationTakesTheMarginalOnlyWhenItSucceeds) {
     EXPECT_TRUE(tracefit_base_orders(model.get(), &p, &q));
     EXPECT_TRUE(p >= orders.pMin && p <= orders.pMax && q <= orders.qMax);
 }
+
+// The whole fit reports its stages in order and describes what it chose;
+// a trace too short for the lags is refused before any stage.
+TEST(TraceFit, WholeFitGivesOneResultAndNamesItsStages) {
+    std::unique_ptr<Trace> trace(chepTrace(20000));
+    TraceFitRequest request;
+    request.marginal = "HyperErlang";
+    request.phases = 4;
+    request.orders.lags = 3;
+    std::vector<std::string> stages;
+    const TraceFitResult r = tracefit(*trace, request, [&](const std::string& s) { stages.push_back(s); });
+    EXPECT_EQ(stages, (std::vector<std::string>{"marginal", "correlation"}));
+    ASSERT_TRUE(r.model);
+    EXPECT_EQ(r.values, 20000u);
+    EXPECT_EQ(r.marginalName, "hypererlang");
+    EXPECT_EQ(r.candidates.size(), 4u);
+    EXPECT_EQ(r.targets, trace->getAutocorrelations(1, 3));
+    EXPECT_EQ(r.fitted, r.model->getAutocorrelations(1, 3));
+    EXPECT_TRUE(std::isnan(r.jointLogLikelihood));
+
+    Trace four(std::vector<double>{1, 2, 3, 4});
+    EXPECT_EQ(messageOf([&] { tracefit(four, request); }, "tracefit"),
+              "The trace holds 4 values; 3 lags need at least 5.");
+}
