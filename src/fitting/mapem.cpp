@@ -498,18 +498,18 @@ Result byAic(const Data& d, unsigned maxOrder, const Options& options, const std
     return best;
 }
 
-// The values of a multi-class trace, their class indices and the class
-// names in ascending order; fewer than two classes are refused.
-struct Marked {
-    std::vector<double> values;
-    std::vector<unsigned> classOf;
-    std::vector<std::string> names;
-};
+}  // namespace
 
-Marked markedOf(MCTrace& trace) {
+Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const Options& options,
+                      std::vector<Result>* candidates) {
+    checkOrder(maxOrder);
+    return byAic(makeData(data, {}, 1), maxOrder, options, {}, candidates);
+}
+
+MarkedValues marked_values(MCTrace& trace) {
     std::map<std::string, unsigned> index;
     const unsigned n = trace.getSize();
-    Marked m;
+    MarkedValues m;
     m.values.resize(n);
     std::vector<std::string> label(n);
     for (unsigned k = 0; k < n; ++k) {
@@ -530,19 +530,23 @@ Marked markedOf(MCTrace& trace) {
     return m;
 }
 
-}  // namespace
-
-Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const Options& options,
-                      std::vector<Result>* candidates) {
+Result fit_mmap_by_aic(const MarkedValues& m, unsigned maxOrder, const Options& options,
+                       std::vector<Result>* candidates) {
     checkOrder(maxOrder);
-    return byAic(makeData(data, {}, 1), maxOrder, options, {}, candidates);
+    if (m.names.size() < 2) fail(__LINE__, "Cannot fit a marked MAP to a trace of one class.");
+    const Data d = makeData(m.values, m.classOf, static_cast<unsigned>(m.names.size()));
+    return byAic(d, maxOrder, options, m.names, candidates);
 }
 
 Result fit_mmap_by_aic(MCTrace& trace, unsigned maxOrder, const Options& options, std::vector<Result>* candidates) {
-    checkOrder(maxOrder);
-    const Marked m = markedOf(trace);
+    return fit_mmap_by_aic(marked_values(trace), maxOrder, options, candidates);
+}
+
+Result fit_mmap(const MarkedValues& m, unsigned order, const Options& options) {
+    checkOrder(order);
+    if (m.names.size() < 2) fail(__LINE__, "Cannot fit a marked MAP to a trace of one class.");
     const Data d = makeData(m.values, m.classOf, static_cast<unsigned>(m.names.size()));
-    return byAic(d, maxOrder, options, m.names, candidates);
+    return makeResult(d, search(d, structuresOf(order, options.maxStructures), options), m.names);
 }
 
 Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& classOf, unsigned classes,
@@ -556,10 +560,7 @@ Result fit_mmap(const std::vector<double>& data, const std::vector<unsigned>& cl
 }
 
 Result fit_mmap(MCTrace& trace, unsigned order, const Options& options) {
-    checkOrder(order);
-    const Marked m = markedOf(trace);
-    const Data d = makeData(m.values, m.classOf, static_cast<unsigned>(m.names.size()));
-    return makeResult(d, search(d, structuresOf(order, options.maxStructures), options), m.names);
+    return fit_mmap(marked_values(trace), order, options);
 }
 
 double log_likelihood(const Result& fit, const std::vector<double>& data, const std::vector<unsigned>& classOf) {

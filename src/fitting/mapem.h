@@ -126,6 +126,19 @@ Result fit_map_structure(const std::vector<double>& data, const std::vector<unsi
 Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const Options& options = Options(),
                       std::vector<Result>* candidates = nullptr);
 
+// The values of a multi-class trace, their class indices and the class
+// names in ascending order, from which the index counts.
+struct MarkedValues {
+    std::vector<double> values;
+    std::vector<unsigned> classOf;
+    std::vector<std::string> names;
+};
+// Throws from "mapem" for a trace of fewer than two classes.
+MarkedValues marked_values(MCTrace& trace);
+Result fit_mmap(const MarkedValues& marked, unsigned order, const Options& options = Options());
+Result fit_mmap_by_aic(const MarkedValues& marked, unsigned maxOrder, const Options& options = Options(),
+                       std::vector<Result>* candidates = nullptr);
+
 // A marked MAP from a multi-class trace; value k ends with an event of its
 // element's class. Classes are numbered in the ascending order of their
 // names. Besides the checks of fit_map it refuses a trace of one class.
