@@ -74,6 +74,7 @@
 #include "fitting/distfit.h"
 #include "fitting/likelihood.h"
 #include "fitting/mapem.h"
+#include "fitting/mapem_kernel.h"
 #include "fitting/modelchoice.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"

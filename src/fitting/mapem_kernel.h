@@ -1,5 +1,5 @@
 // The two steps of the Erlang-branch MAP EM on flat arrays, shared by the
-// parts of the mapem module; not a public header.
+// parts of the mapem module; for library users who run EM steps of their own.
 #ifndef VELMORA_FITTING_MAPEM_KERNEL_H
 #define VELMORA_FITTING_MAPEM_KERNEL_H
 
