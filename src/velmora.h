@@ -72,9 +72,14 @@
 
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
+#include "fitting/armaml.h"
 #include "fitting/arta_capp_fit.h"
 #include "fitting/cappfit.h"
 #include "fitting/distfit.h"
+#include "fitting/likelihood.h"
+#include "fitting/mapem.h"
+#include "fitting/mapem_kernel.h"
+#include "fitting/modelchoice.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
 #include "fitting/tracefit.h"
@@ -83,5 +88,6 @@
 #include "reporting/plotter.h"
 
 #include "reporting/import_export.h"
+#include "reporting/likelihood_report.h"
 
 #endif

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
 #include <iostream>
 #include <new>
 #include <sstream>
@@ -18,9 +19,11 @@
 #include "core/output_file.h"
 #include "core/stage_timer.h"
 #include "driver/sylvar_fit_usage.inc"
+#include "fitting/mapem.h"
 #include "fitting/tracefit.h"
 #include "reporting/fit_report.h"
 #include "traces/trace.h"
+#include "traces/trace_mc.h"
 #include "traces/trace_read.h"
 
 using namespace velmora;
@@ -62,7 +65,7 @@ Options parseArguments(int argc, char** argv) {
         throw Failure{e.message + " Arguments are -key=value; see sylvar-fit --help"};
     }
     const std::string known =
-        " trace traceformat out model marginal phases lags pmin pmax qmin qmax plot progress debug ";
+        " trace traceformat out model marginal phases order lags pmin pmax qmin qmax plot progress debug ";
     for (const std::string& key : c.getKeys())
         if (known.find(" " + key + " ") == std::string::npos)
             throw Failure{"unknown option -" + key + " (see sylvar-fit --help)"};
@@ -75,6 +78,7 @@ Options parseArguments(int argc, char** argv) {
     if (c.existsKey("model")) o.request.model = tracefit_model_from_name(c.getValue("model"));
     if (c.existsKey("marginal")) o.request.marginal = c.getValue("marginal");
     if (c.existsKey("phases")) o.request.phases = count(c, "phases", 1, distfit::kMaxPhases);
+    if (c.existsKey("order")) o.request.mapOrder = count(c, "order", 1, mapem::kMaxOrder);
     if (c.existsKey("lags")) r.lags = count(c, "lags", 1, 100000);
     if (c.existsKey("pmin")) r.pMin = count(c, "pmin", 0, 20);
     if (c.existsKey("pmax")) r.pMax = count(c, "pmax", 0, 20);
@@ -148,8 +152,22 @@ int run(const Options& o) {
     try {
         ProgressBuffer progress(o);
         stage("read");
-        Trace trace(read_trace_values(o.trace, o.traceFormat));
-        result = tracefit(trace, o.request, stage);
+        Trace trace;
+        TraceFitRequest request = o.request;
+        if (request.model == TRACEFIT_MMAP) {
+            // A multi-class trace ("class value" per line after a first line
+            // that is skipped); its reader ends the program on a file it
+            // can't open, so that is checked first.
+            if (!std::ifstream(o.trace.c_str()).is_open()) throw Exception("sylvar-fit", __LINE__, "no such file");
+            MCTrace classes(o.trace, false);
+            mapem::MarkedValues marked = mapem::marked_values(classes);
+            trace = Trace(marked.values);
+            request.classOf = std::move(marked.classOf);
+            request.classNames = std::move(marked.names);
+        } else {
+            trace = Trace(read_trace_values(o.trace, o.traceFormat));
+        }
+        result = tracefit(trace, request, stage);
         if (!o.plot.empty()) {
             stage("plots");
             report.plots = fit_plots(o.plot, trace, result, o.request.orders.lags);

@@ -10,6 +10,8 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "fitting/modelchoice.h"
+#include "reporting/likelihood_report.h"
 #include "reporting/plotter.h"
 #include "traces/trace.h"
 
@@ -115,6 +117,8 @@ std::string fit_report(const TraceFitResult& r, const FitReportRun& run) {
     marginalSection(s, r);
     candidateSection(s, r.candidates);
     modelSection(s, r);
+    if (!r.likelihoodCandidates.empty())
+        s << "\n" << likelihood_table(r.likelihoodCandidates, r.likelihoodChosen, r.likelihoodCriterion);
     s << "\nWritten    " << run.out << "\n";
     for (const std::string& p : run.plots) s << "           " << p << "\n";
     s << "Time       " << run.times << "\n";

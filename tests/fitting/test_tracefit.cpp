@@ -4,6 +4,7 @@
 #include "config/conf.h"
 #include "core/process.h"
 #include "distributions/dist_hypererlang.h"
+#include "fitting/modelchoice.h"
 #include "fitting/tracefit.h"
 #include "markov/cph.h"
 #include "numerics/matrix.h"
@@ -129,7 +130,9 @@ TEST(TraceFit, WholeFitGivesOneResultAndNamesItsStages) {
     EXPECT_EQ(r.candidates.size(), 4u);
     EXPECT_EQ(r.targets, trace->getAutocorrelations(1, 3));
     EXPECT_EQ(r.fitted, r.model->getAutocorrelations(1, 3));
-    EXPECT_TRUE(std::isnan(r.jointLogLikelihood));
+    // The default class is chosen by joint BIC, and the model written is the chosen candidate.
+    ASSERT_FALSE(r.likelihoodCandidates.empty());
+    EXPECT_EQ(r.jointLogLikelihood, r.likelihoodCandidates.at(r.likelihoodChosen).logLikelihood);
 
     Trace four(std::vector<double>{1, 2, 3, 4});
     EXPECT_EQ(messageOf([&] { tracefit(four, request); }, "tracefit"),
