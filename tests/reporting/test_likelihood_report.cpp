@@ -7,21 +7,20 @@
 using namespace velmora;
 
 TEST(LikelihoodReport, RowsCarryTheFiguresAndMarkTheChoice) {
-    std::vector<modelchoice::Candidate> c(3);
-    c[0].name = "renewal";
-    c[0].detail = "lognormal";
-    c[0].fitted = true;
-    c[0].logLikelihood = -1234.5;
-    c[0].parameters = 2;
-    modelchoice::complete(c[0], 1000);
+    auto fitted = [](const char* name, const char* detail, double logL, unsigned k) {
+        modelchoice::Candidate c;
+        c.name = name;
+        c.detail = detail;
+        c.fitted = true;
+        c.logLikelihood = logL;
+        c.parameters = k;
+        modelchoice::complete(c, 1000);
+        return c;
+    };
+    std::vector<modelchoice::Candidate> c = {fitted("renewal", "lognormal", -1234.5, 2), {},
+                                             fitted("MAP", "order 2, branches 1 1", -1240, 4)};
     c[1].name = "ARTA";
     c[1].reason = "the marginal has no distribution function";
-    c[2].name = "MAP";
-    c[2].detail = "order 2, branches 1 1";
-    c[2].fitted = true;
-    c[2].logLikelihood = -1240;
-    c[2].parameters = 4;
-    modelchoice::complete(c[2], 1000);
     // AIC 2k - 2 logL = 2473, BIC k ln 1000 - 2 logL = 2482.815510...
     EXPECT_NEAR(c[0].aic, 2473.0, 1e-9);
     EXPECT_NEAR(c[0].bic, 2 * 6.907755278982137 + 2469.0, 1e-9);
