@@ -16,11 +16,8 @@
 #include "fitting/likelihood.h"
 #include "fitting_helpers.h"
 #include "markov/chep.h"
-#include "markov/maps.h"
 #include "numerics/random.h"
 #include "timeseries/arima.h"
-#include "timeseries/arta.h"
-#include "traces/trace.h"
 
 using namespace velmora;
 
@@ -184,31 +181,4 @@ TEST(Likelihood, WhiteNoiseFitIsTheIndependentNormalDensity) {
     const armaml::Fit fit = armaml::fit(z, 0, 0);
     EXPECT_NEAR(fit.logLikelihood, expected, 1e-9);
     EXPECT_NEAR(fit.aic, -2 * expected, 1e-9);
-}
-
-TEST(ModelChoice, FitsByLikelihoodReportTheLikelihoodOfTheModelTheyReturn) {
-    // ARTA: the orders' table, the chosen one of lowest AIC, and the joint
-    // log-likelihood that the copula gives the returned ARTA. MAP of a fixed
-    // order: the MAP's own forward recursion on the values.
-    const std::vector<double> z = arma11(0.6, 0.3, 1500, 13);
-    std::vector<double> x;
-    for (double v : z) x.push_back(std::exp(0.5 * v));  // lognormal values, correlated
-    modelchoice::Request arta;
-    arta.kind = modelchoice::KIND_ARTA;
-    arta.orders = {1, 2, 0, 1};
-    std::unique_ptr<Dist> marginal(distfit::fit_distribution("lognormal", x));
-    modelchoice::Fit a = modelchoice::fit_by_likelihood(arta, std::move(marginal), 2, x);
-    ASSERT_EQ(a.candidates.size(), 4u);
-    for (const auto& c : a.candidates) EXPECT_LE(a.candidates[a.chosen].aic, c.aic);
-    EXPECT_EQ(a.criterion, "AIC");
-    EXPECT_NEAR(likelihood::arta(dynamic_cast<ARTA&>(*a.model), x), a.logLikelihood, 1e-6);
-
-    modelchoice::Request map;
-    map.kind = modelchoice::KIND_MAP;
-    map.mapOrder = 3;
-    modelchoice::Fit m = modelchoice::fit_by_likelihood(map, nullptr, 0, x);
-    Trace trace(x);
-    EXPECT_NEAR(dynamic_cast<MAP&>(*m.model).computeLikelihood(&trace), m.logLikelihood, 1e-6);
-    EXPECT_EQ(velmora_test::failureOf([&] { modelchoice::fit_by_likelihood(arta, nullptr, 0, x); }),
-              "modelchoice: This fit needs a distribution family as marginal.");
 }
