@@ -116,14 +116,6 @@ struct Assessment {
 // Throws for a null d, empty data or non-finite values.
 Assessment assess(Dist* d, const std::vector<double>& data);
 
-// The exact log-density and distribution function that `assess` evaluates
-// (the latter empty for a family without one). For the joint likelihoods.
-struct ExactForm {
-    std::function<double(double)> logpdf;
-    std::function<double(double)> cdf;
-};
-ExactForm exact_form(Dist* d);
-
 // Completes an assessment of `data` whose family, parameter count,
 // log-likelihood, KS distance and model moments are set: the count of
 // values, AIC, BIC and the data's raw moments. For models assessed outside

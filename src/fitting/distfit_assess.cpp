@@ -66,12 +66,6 @@ Assessment assess(Dist* d, const std::vector<double>& data) {
     return a;
 }
 
-ExactForm exact_form(Dist* d) {
-    if (d == nullptr) fail(__LINE__, "No distribution to evaluate.");
-    Model model = modelOf(d);
-    return {std::move(model.logpdf), std::move(model.cdf)};
-}
-
 void complete_assessment(Assessment& a, const std::vector<double>& data) {
     double s1 = 0, s2 = 0, s3 = 0;
     for (double x : data) {

@@ -138,11 +138,11 @@ double unit_variance_arma(const std::vector<double>& ar, const std::vector<doubl
 }
 
 std::vector<double> normal_scores(Dist* marginal, const std::vector<double>& data) {
-    const distfit::ExactForm form = distfit::exact_form(marginal);
-    if (!form.cdf) fail(__LINE__, "The marginal has no distribution function for normal scores.");
+    if (marginal == nullptr || !marginal->hasExactCDF())
+        fail(__LINE__, "The marginal has no distribution function for normal scores.");
     std::vector<double> z(data.size());
     for (std::size_t k = 0; k < data.size(); ++k) {
-        const double u = form.cdf(data[k]);
+        const double u = marginal->exactCDF(data[k]);
         const double s = u <= 0 ? -kScoreLimit : u >= 1 ? kScoreLimit : as::ppnd16(u);
         z[k] = std::min(kScoreLimit, std::max(-kScoreLimit, s));
     }
