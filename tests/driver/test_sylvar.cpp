@@ -232,8 +232,7 @@ TEST(Sylvar, ReplicationsAndTraceFilesThatCannotBeWritten) {
         {"-trace=/nonexistent/t.txt",
          failure("trace_stream", "Cannot open trace file /nonexistent/t.txt for writing: No such file or directory.")},
         {"-trace=/dev/full -observations=100000",
-         failure("trace_stream", "Cannot write trace file /dev/full: No space left on device; the values before "
-                                 "the failure stay in the file.")},
+         failure("main_sylvar", "Cannot write the trace file '/dev/full': it is a device.")},
         {"-trace=x.txt -replications=0", failure("main_sylvar", "Invalid number of replications; give 1 or more.")},
         {"-trace=x.txt -replications=2 -threads=-1", failure("main_sylvar", "Invalid number of threads; give 1 or more.")},
     };

@@ -88,8 +88,8 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
          "Unknown model class 'arma' (choose auto, arta, capp, chep, map, arta-acf, map-acf or mmap)."},
         {t + " -model=map -order=0", "-order must be a whole number from 1 to 64, not '0'"},
         {t + " -model=map -order=65", "-order must be a whole number from 1 to 64, not '65'"},
-        {t + " -model=mmap", "cannot read the trace '" + trace +
-                                 "': Cannot fit a marked MAP: the trace has 1 class, at least two are needed."},
+        {t + " -model=mmap",
+         "cannot read the trace: Cannot fit a marked MAP: the trace has 1 class, at least two are needed."},
         {"-trace=" + negative + " -out=" + out + " -model=map -marginal=normal",
          "the correlation fit failed: Cannot fit a MAP: value 2 (-2) is not a positive finite number."},
         {t + " -marginal=" + noModel, "the marginal fit failed: The file '" + noModel + "' holds no dist or ph model."},
@@ -199,7 +199,7 @@ TEST(SylvarFit, OutputsNeverClobber) {
     const std::string fifo = tempPath("fit_fifo");
     std::remove(fifo.c_str());
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    const std::string t = "-trace=" + trace + " -marginal=exponential -out=";
+    const std::string t = "-trace=" + trace + " -marginal=exponential -model=arta -out=";
     EXPECT_EQ(runSylvarFit(t + "/dev/null").err,
               "sylvar-fit: cannot write the model file '/dev/null': it is a device\n");
     EXPECT_EQ(runSylvarFit(t + fifo).err, "sylvar-fit: cannot write the model file '" + fifo + "': it is a FIFO\n");
