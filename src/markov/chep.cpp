@@ -34,9 +34,9 @@ namespace {
 Exception invalidChep(int line) { return Exception("chep", line, "Invalid CHEP."); }
 Exception notChep(int line) { return Exception("chep", line, "Not a CHEP."); }
 
-// One double integral per pair of branches and lag.
-const unsigned long long kMaxType2Integrals = 2000;
-
+// Refuses type-2 autocorrelations that need more double integrals (one per
+// pair of branches and lag, some 7 ms each) than fit in about 15 s.
+void checkType2Work(std::size_t branches, std::size_t lags);
 // E^-1(Phi(z)) of one Erlang branch.
 double branchTransform(double z, unsigned phases, double rate) {
     return Erlang::erlang_inverse_cdf(as::alnorm(z, false), phases, rate);
@@ -92,13 +92,7 @@ std::vector<double> type2Autocorrelation(HyperErlang* h, const std::vector<doubl
     const DistStats stats = h->stats(0);
     const std::vector<double> p = h->getProbabilities();
     const std::size_t n = p.size();
-    // Each integral takes some 7 ms: the limit keeps a call within 15 s.
-    const unsigned long long integrals = static_cast<unsigned long long>(n) * (n + 1) / 2 * rho.size();
-    if (integrals > kMaxType2Integrals)
-        throw Exception("chep", __LINE__,
-                        "The type-2 autocorrelations of " + std::to_string(n) + " branches at " +
-                            std::to_string(rho.size()) + " lags need " + std::to_string(integrals) +
-                            " double integrals; the limit is " + std::to_string(kMaxType2Integrals) + ".");
+    checkType2Work(n, rho.size());
     std::vector<double> result;
     result.reserve(rho.size());
     for (double r : rho) {
@@ -296,6 +290,20 @@ Matrix chep::getJointMoments(unsigned from, unsigned to) const {
     if (chepType == CHEP_TYPE_2) throw Exception("chep", __LINE__, "Not implemented.");
     return capp::getJointMoments(from, to);
 }
+
+namespace {
+
+void checkType2Work(std::size_t branches, std::size_t lags) {
+    const unsigned long long limit = 2000;
+    const unsigned long long integrals = static_cast<unsigned long long>(branches) * (branches + 1) / 2 * lags;
+    if (integrals > limit)
+        throw Exception("chep", __LINE__,
+                        "The type-2 autocorrelations of " + std::to_string(branches) + " branches at " +
+                            std::to_string(lags) + " lags need " + std::to_string(integrals) +
+                            " double integrals; the limit is " + std::to_string(limit) + ".");
+}
+
+}  // namespace
 
 std::string chep::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
     HyperErlang* h = requireHyperErlang();
