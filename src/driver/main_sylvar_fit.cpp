@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <new>
 #include <sstream>
@@ -23,7 +22,6 @@
 #include "fitting/tracefit.h"
 #include "reporting/fit_report.h"
 #include "traces/trace.h"
-#include "traces/trace_mc.h"
 #include "traces/trace_read.h"
 
 using namespace velmora;
@@ -155,12 +153,7 @@ int run(const Options& o) {
         Trace trace;
         TraceFitRequest request = o.request;
         if (request.model == TRACEFIT_MMAP) {
-            // A multi-class trace ("class value" per line after a first line
-            // that is skipped); its reader ends the program on a file it
-            // can't open, so that is checked first.
-            if (!std::ifstream(o.trace.c_str()).is_open()) throw Exception("sylvar-fit", __LINE__, "no such file");
-            MCTrace classes(o.trace, false);
-            mapem::MarkedValues marked = mapem::marked_values(classes);
+            mapem::MarkedValues marked = mapem::read_marked_values(o.trace);
             trace = Trace(marked.values);
             request.classOf = std::move(marked.classOf);
             request.classNames = std::move(marked.names);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <sstream>
@@ -504,6 +505,13 @@ Result fit_map_by_aic(const std::vector<double>& data, unsigned maxOrder, const 
                       std::vector<Result>* candidates) {
     checkOrder(maxOrder);
     return byAic(makeData(data, {}, 1), maxOrder, options, {}, candidates);
+}
+
+MarkedValues read_marked_values(const std::string& file) {
+    // The multi-class reader ends the program on a file it can't open.
+    if (!std::ifstream(file.c_str()).is_open()) fail(__LINE__, "Cannot open the trace '" + file + "'.");
+    MCTrace trace(file, false);
+    return marked_values(trace);
 }
 
 MarkedValues marked_values(MCTrace& trace) {

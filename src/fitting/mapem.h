@@ -135,6 +135,9 @@ struct MarkedValues {
 };
 // Throws from "mapem" for a trace of fewer than two classes.
 MarkedValues marked_values(MCTrace& trace);
+// The same from a multi-class trace file ("class value" per line after a
+// first line that is skipped); a file that can't be opened throws.
+MarkedValues read_marked_values(const std::string& file);
 Result fit_mmap(const MarkedValues& marked, unsigned order, const Options& options = Options());
 Result fit_mmap_by_aic(const MarkedValues& marked, unsigned maxOrder, const Options& options = Options(),
                        std::vector<Result>* candidates = nullptr);
