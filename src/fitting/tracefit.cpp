@@ -566,6 +566,8 @@ TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
         TraceFitMarginal again = tracefit_marginal(data, request.marginal, request.phases);
         r.model = tracefit_correlation(again, request.model, &trace, arOnly);
     }
+    // Every fitted model runs with the exact numerics, the ones it was fitted with.
+    r.model->setExactNumerics(true);
     r.modelClass = tracefit_model_class(r.model.get());
     r.hasOrders = tracefit_base_orders(r.model.get(), &r.p, &r.q);
     r.targets = trace.getAutocorrelations(1, lags);
