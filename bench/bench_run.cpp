@@ -1,5 +1,5 @@
 // A whole generation run against its floor. The run is what the program does
-// for an exponential distribution model: draw a million values, save them as
+// for an exponential distribution model: draw two million values, save them as
 // a trace file, and write the summaries of the model and of the trace. The
 // floor draws as many exponential values with std::mt19937 and writes them
 // with std::to_chars in the same six-digit form, and nothing else: no run
@@ -19,10 +19,11 @@
 #include "distributions/dist_exponential.h"
 #include "distributions/dist_process.h"
 #include "traces/trace.h"
+#include "traces/trace_stream.h"
 
 namespace {
 
-const unsigned COUNT = 1000000;
+const unsigned COUNT = 2000000;
 
 std::string benchFile() { return (std::filesystem::temp_directory_path() / "velmora_bench_run.txt").string(); }
 
@@ -62,6 +63,19 @@ void BM_ExponentialRun(benchmark::State& state) {
     std::remove(file.c_str());
 }
 
+// The same run as sylvar makes it: drawn, written and summarised as it goes.
+void BM_StreamedRun(benchmark::State& state) {
+    std::string file = benchFile();
+    velmora::DistProcess process(new velmora::Exponential(0.5));
+    for (auto _ : state) {
+        velmora::StreamedTrace run = velmora::stream_trace(process, 1, COUNT, 10000.0, 13, file, false);
+        std::string text = process.getSummary() + run.summary;
+        benchmark::DoNotOptimize(text.data());
+    }
+    state.SetItemsProcessed(state.iterations() * COUNT);
+    std::remove(file.c_str());
+}
+
 // On a shared machine the least of the repetitions is the figure that other
 // load disturbs least.
 double least(const std::vector<double>& v) { return *std::min_element(v.begin(), v.end()); }
@@ -70,3 +84,4 @@ double least(const std::vector<double>& v) { return *std::min_element(v.begin(),
 
 BENCHMARK(BM_FloorWriter)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(5)->ComputeStatistics("min", least);
 BENCHMARK(BM_ExponentialRun)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(5)->ComputeStatistics("min", least);
+BENCHMARK(BM_StreamedRun)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(5)->ComputeStatistics("min", least);

@@ -14,6 +14,8 @@
 #include "traces/trace.h"
 #include "traces/trace_read.h"
 #include "traces/trace_mc.h"
+#include "traces/trace_replications.h"
+#include "traces/trace_stream.h"
 #include "traces/trace_summary.h"
 
 #include "numerics/function_ref.h"
@@ -35,6 +37,7 @@
 #include "distributions/dist_chisquare.h"
 #include "distributions/dist_deterministic.h"
 #include "distributions/dist_erlang.h"
+#include "distributions/dist_exact.h"
 #include "distributions/dist_exponential.h"
 #include "distributions/dist_gamma.h"
 #include "distributions/dist_geometric.h"
@@ -71,9 +74,14 @@
 
 #include "fitting/arimafit.h"
 #include "fitting/artafit.h"
+#include "fitting/armaml.h"
 #include "fitting/arta_capp_fit.h"
 #include "fitting/cappfit.h"
 #include "fitting/distfit.h"
+#include "fitting/likelihood.h"
+#include "fitting/mapem.h"
+#include "fitting/mapem_kernel.h"
+#include "fitting/modelchoice.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
 #include "fitting/tracefit.h"
@@ -82,5 +90,6 @@
 #include "reporting/plotter.h"
 
 #include "reporting/import_export.h"
+#include "reporting/likelihood_report.h"
 
 #endif

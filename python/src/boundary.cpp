@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <iostream>
 
+#include "core/libvelmora_settings.h"
+
 namespace velmora_python {
 
 py::object& error_type() {
@@ -117,17 +119,25 @@ void require_writable(const std::string& path) {
     std::fclose(f);
 }
 
-std::mutex& library_lock() {
-    static std::mutex lock;
-    return lock;
+namespace {
+
+// The capture of the running call on this thread, if any.
+thread_local std::string* threadCapture = nullptr;
+
+}  // namespace
+
+void install_message_sink() {
+    velmora::set_message_sink([](velmora::MessageKind, const std::string& text) {
+        if (threadCapture != nullptr)
+            *threadCapture += text + "\n";
+        else
+            std::cout << text << std::endl;
+    });
 }
 
-MessageCapture::MessageCapture() : saved(std::cout.rdbuf(buffer.rdbuf())) {}
+MessageCapture::MessageCapture() : saved(threadCapture) { threadCapture = &buffer; }
 
-MessageCapture::~MessageCapture() {
-    std::cout.flush();
-    std::cout.rdbuf(saved);
-}
+MessageCapture::~MessageCapture() { threadCapture = saved; }
 
 void log_messages(const std::string& text) {
     // Called from destructors: nothing may escape.

@@ -1,6 +1,6 @@
 // What every binding function does at the border between Python and the
-// library: turns Python arguments into checked C++ values, holds the locks
-// that keep threads apart, and sends the library's messages to Python's
+// library: turns Python arguments into checked C++ values, releases the GIL
+// for the library's work, and sends the library's messages to Python's
 // logging. Each check raises velmora.Error with a message that names the
 // argument, so that no input reaches the library in a shape it cannot take.
 #ifndef VELMORA_PYTHON_BOUNDARY_H
@@ -43,32 +43,32 @@ void require_readable(const std::string& path);
 // The same for a file that can be written, created if missing.
 void require_writable(const std::string& path);
 
-// Many computations of the library keep their work in namespace-scope
-// variables, so at most one of them runs at a time; generating from
-// separate models keeps to each model's own state and does not take this
-// lock. Always taken before a model's own lock.
-std::mutex& library_lock();
-
-// Runs `work` with the GIL released and the library lock held, with what
-// the library writes to standard output caught and then passed to the
-// logger "velmora" (warnings as warnings, debug lines as debug, the rest as
-// info) once the GIL is back.
+// Runs `work` with the GIL released; what the library reports meanwhile on
+// this thread (progress, warnings, debug lines) is caught and then passed to
+// the logger "velmora" (warnings as warnings, debug lines as debug, the rest
+// as info) once the GIL is back. The library keeps no shared state, so calls
+// from several Python threads run side by side.
 template <class Work>
 auto run_in_library(Work&& work) -> decltype(work());
 
-// The capture behind run_in_library: points std::cout at a string for its
-// lifetime. Used only under the library lock.
+// Sends the library's messages to the capture of the thread that reports
+// them, or, on a thread without one, to standard output as the library
+// would. Installed once by the module.
+void install_message_sink();
+
+// The capture behind run_in_library: the messages of this thread go to a
+// string for its lifetime.
 class MessageCapture {
 public:
     MessageCapture();
     ~MessageCapture();
     MessageCapture(const MessageCapture&) = delete;
     MessageCapture& operator=(const MessageCapture&) = delete;
-    std::string text() const { return buffer.str(); }
+    std::string text() const { return buffer; }
 
 private:
-    std::ostringstream buffer;
-    std::streambuf* saved;
+    std::string buffer;
+    std::string* saved;
 };
 
 // Sends captured library output to the logger "velmora". Needs the GIL.
@@ -84,7 +84,6 @@ auto run_in_library(Work&& work) -> decltype(work()) {
         }
     } flush{messages};
     py::gil_scoped_release release;
-    std::lock_guard<std::mutex> lock(library_lock());
     MessageCapture capture;
     struct Keep {
         MessageCapture& from;

@@ -19,6 +19,7 @@
 #include "distributions/dist_process.h"
 #include "fitting/distfit.h"
 #include "fitting/tracefit.h"
+#include "reporting/fit_report.h"
 #include "model.h"
 #include "traces/trace.h"
 
@@ -75,64 +76,32 @@ velmora::TraceFitOrders orders_from(py::handle order, py::handle lags) {
     return orders;
 }
 
-// What the trace fit finds, gathered under the library lock.
-struct TraceFitFigures {
-    std::unique_ptr<velmora::Process> model;
-    std::string modelClass;
-    bool hasOrders = false;
-    unsigned p = 0, q = 0;
-    std::string marginalName, marginalSource, marginalParameters;
-    Assessment marginal;
-    std::vector<velmora::distfit::Candidate> candidates;
-    std::vector<double> acfTrace, acfModel;
-    bool joint = false;
-    double jointLoglik = 0;
-};
-
-TraceFitFigures run_trace_fit(const std::vector<double>& data, velmora::tracefit_model kind,
-                              const std::string& marginal, unsigned phases, const velmora::TraceFitOrders& orders) {
-    TraceFitFigures f;
-    velmora::Trace trace(data);
-    velmora::TraceFitMarginal m = velmora::tracefit_marginal(data, marginal, phases);
-    f.marginalName = m.name();
-    f.marginalSource = m.source;
-    f.marginalParameters = m.parameterText();
-    f.marginal = m.assessment;
-    f.candidates = m.candidates;
-    f.model.reset(velmora::tracefit_correlation(m, kind, &trace, orders));
-    f.modelClass = velmora::tracefit_model_class(f.model.get());
-    f.hasOrders = velmora::tracefit_base_orders(f.model.get(), &f.p, &f.q);
-    f.acfTrace = trace.getAutocorrelations(1, orders.lags);
-    f.acfModel = f.model->getAutocorrelations(1, orders.lags);
-    // The classes without a joint likelihood say "Not implemented.".
-    try {
-        f.jointLoglik = f.model->computeLikelihood(&trace);
-        f.joint = std::isfinite(f.jointLoglik);
-    } catch (velmora::Exception&) {
-        f.joint = false;
-    }
-    return f;
-}
-
 py::dict fit_trace(py::handle values, const std::string& model, py::handle marginal, py::handle phases,
                    py::handle order, py::handle lags) {
-    const velmora::tracefit_model kind = velmora::tracefit_model_from_name(model);
-    const velmora::TraceFitOrders orders = orders_from(order, lags);
-    const unsigned phaseCount = static_cast<unsigned>(count_from(phases, "phases", 1, velmora::distfit::kMaxPhases));
-    const std::string request = marginal.is_none() ? std::string() : path_from(marginal);
-    const std::vector<double> data = values_from(values, "values", orders.lags + 2);
+    velmora::TraceFitRequest request;
+    request.model = velmora::tracefit_model_from_name(model);
+    request.orders = orders_from(order, lags);
+    request.phases = static_cast<unsigned>(count_from(phases, "phases", 1, velmora::distfit::kMaxPhases));
+    request.marginal = marginal.is_none() ? std::string() : path_from(marginal);
+    const std::vector<double> data = values_from(values, "values", request.orders.lags + 2);
 
-    TraceFitFigures f = run_in_library([&]() { return run_trace_fit(data, kind, request, phaseCount, orders); });
+    std::string report;
+    velmora::TraceFitResult r = run_in_library([&]() {
+        velmora::Trace trace(data);
+        velmora::TraceFitResult fit = velmora::tracefit(trace, request);
+        report = velmora::fit_report(fit, velmora::FitReportRun());
+        return fit;
+    });
 
     py::dict d;
-    d["model_class"] = f.modelClass;
-    d["base_orders"] = f.hasOrders ? py::object(py::make_tuple(f.p, f.q)) : py::object(py::none());
-    d["marginal_name"] = f.marginalName;
-    d["marginal_source"] = f.marginalSource;
-    d["marginal_parameters"] = f.marginalParameters;
-    d["marginal"] = assessment_dict(f.marginal);
+    d["model_class"] = r.modelClass;
+    d["base_orders"] = r.hasOrders ? py::object(py::make_tuple(r.p, r.q)) : py::object(py::none());
+    d["marginal_name"] = r.marginalName;
+    d["marginal_source"] = r.marginalSource;
+    d["marginal_parameters"] = r.marginalParameters;
+    d["marginal"] = assessment_dict(r.assessment);
     py::list candidates;
-    for (const auto& c : f.candidates) {
+    for (const auto& c : r.candidates) {
         py::dict cd;
         cd["family"] = c.family;
         cd["phases"] = c.phases;
@@ -142,13 +111,14 @@ py::dict fit_trace(py::handle values, const std::string& model, py::handle margi
         candidates.append(cd);
     }
     d["candidates"] = candidates;
-    d["acf_trace"] = to_array(f.acfTrace);
-    d["acf_model"] = to_array(f.acfModel);
-    d["joint_loglik"] = f.joint ? py::object(py::float_(f.jointLoglik)) : py::object(py::none());
+    d["acf_trace"] = to_array(r.targets);
+    d["acf_model"] = to_array(r.fitted);
+    d["joint_loglik"] =
+        std::isfinite(r.jointLogLikelihood) ? py::object(py::float_(r.jointLogLikelihood)) : py::object(py::none());
     d["values"] = data.size();
-    d["lags"] = orders.lags;
-    d["report"] = py::none();
-    d["model"] = wrap(std::move(f.model));
+    d["lags"] = request.orders.lags;
+    d["report"] = report;
+    d["model"] = wrap(std::move(r.model));
     return d;
 }
 
@@ -157,7 +127,7 @@ py::dict fit_distribution(py::handle values, const std::string& family, py::hand
     const std::vector<double> data = values_from(values, "values");
     Assessment a;
     std::unique_ptr<velmora::Process> model = run_in_library([&]() {
-        std::unique_ptr<velmora::Dist> dist(velmora::distfit::fit_distribution(family, data, phaseCount));
+        std::unique_ptr<velmora::Dist> dist = velmora::distfit::fit_distribution(family, data, phaseCount);
         a = velmora::distfit::assess(dist.get(), data);
         return std::unique_ptr<velmora::Process>(new velmora::DistProcess(dist.release()));
     });

@@ -27,7 +27,7 @@ namespace {
 const long long kMaxLag = 100000;
 const long long kMaxMomentOrder = 30;
 
-// Runs `f` on the model's process under the library lock and the model's own.
+// Runs `f` on the model's process under the model's lock, the GIL released.
 template <class F>
 auto with_process(Model& self, F&& f) -> decltype(f(self.process())) {
     return run_in_library([&]() {
@@ -46,9 +46,9 @@ py::array_t<double> simulate(Model& self, py::handle n, py::handle seed) {
     py::array_t<double> out(static_cast<py::ssize_t>(count));
     double* data = out.mutable_data();
     {
-        // Generation keeps to the model's own state: no library lock, so
-        // that separate models generate on separate cores. The values are
-        // those of Process::simulate by count: seed, then draw in order.
+        // Generation keeps to the model's own state, so separate models
+        // generate on separate cores. The values are those of
+        // Process::simulate by count: seed, then draw in order.
         py::gil_scoped_release release;
         std::lock_guard<std::mutex> hold(self.lock);
         Process& p = self.process();

@@ -35,7 +35,7 @@ py::dict stats(py::handle values, py::handle moments, py::handle jointMoments, p
     const std::vector<double> data = values_from(values, "values");
     velmora::SummaryFigures f;
     {
-        // Plain arithmetic on the copy: no library state, so no library lock.
+        // Plain arithmetic on the copy.
         py::gil_scoped_release release;
         f = velmora::summaryFigures(data, k, j, l);
     }
@@ -76,6 +76,7 @@ PYBIND11_MODULE(_velmora, m) {
                                   PyExc_ValueError, nullptr));
     if (!error_type()) throw py::error_already_set();
     m.attr("Error") = error_type();
+    install_message_sink();
     // The library's failures become velmora.Error with the library's message
     // and its source module as the attribute `source`.
     py::register_exception_translator([](std::exception_ptr p) {

@@ -104,9 +104,7 @@ class FitResult:
         """The fit report: the marginal with its figures and the candidates it
         was chosen from, then the model with the autocorrelations of trace and
         model side by side, as sylvar-fit prints them."""
-        if self._report is not None:
-            return self._report
-        return _report_text(self)
+        return self._report
 
     def __repr__(self):
         orders = " on ARMA(%d, %d)" % self.base_orders if self.base_orders else ""
@@ -164,47 +162,3 @@ class Stats:
     def __repr__(self):
         return "<velmora.Stats n=%d, mean %.6g, variance %.6g, range [%.6g, %.6g]>" % (
             self.n, self.mean, self.variance, self.smallest, self.largest)
-
-
-def _number(x, form="%.6g"):
-    """x in printf form; no number is "-", and a zero keeps no minus sign."""
-    if x is None or x != x:
-        return "-"
-    text = form % x
-    if text.startswith("-") and not any(c in "123456789" for c in text) and x != float("-inf"):
-        text = ("+" if "+" in form else "") + text[1:]
-    return text
-
-
-def _report_text(r):
-    """The report from the figures, for a library that gives no text of its own."""
-    m = r.marginal
-    source = {"AIC choice": ", the lowest AIC of %d candidates" % len(r.candidates),
-              "file": ", read from the model file"}.get(r.marginal_source, ", fitted to the values")
-    lines = ["velmora.fit, " + _velmora.library_name, "", "Trace      %d values" % r.values, "",
-             "Marginal   " + r.marginal_name + source
-             + (" (phase count chosen by AIC)" if m.family == "hypererlang" and r.candidates else "")]
-    lines += ["  " + line for line in r.marginal_parameters.splitlines() if line]
-    lines += ["  log-likelihood  " + _number(m.loglik, "%.10g"),
-              "  AIC             %s (%d parameters)" % (_number(m.aic, "%.10g"), m.parameters),
-              "  KS distance     " + _number(m.ks, "%.5f"),
-              "  %-8s %14s %14s %11s" % ("moment", "trace", "model", "difference")]
-    for name, t, mm in zip(("E[X]", "E[X^2]", "E[X^3]"), m.data_moments, m.model_moments):
-        diff = "-" if mm != mm or t == 0 else _number(100 * (mm - t) / abs(t), "%+.2f %%")
-        lines.append("  %-8s %14s %14s %11s" % (name, _number(t), _number(mm), diff))
-    if len(r.candidates) > 1:
-        lines += ["", "Candidates (lowest AIC first)",
-                  "  %-16s %16s %16s %9s" % ("family", "log-likelihood", "AIC", "KS")]
-        for c in sorted(r.candidates, key=lambda c: (c.fit is None, c.fit.aic if c.fit else 0)):
-            if c.fit is None:
-                lines.append("  %s: not fitted (%s)" % (c.name, c.reason))
-            else:
-                lines.append("  %-16s %16s %16s %9s" % (c.name, _number(c.fit.loglik, "%.8g"),
-                                                        _number(c.fit.aic, "%.8g"), _number(c.fit.ks, "%.5f")))
-    orders = " on an ARMA(%d, %d) base process" % r.base_orders if r.base_orders else ""
-    lines += ["", "Model      " + r.model_class + orders,
-              "  %-5s %12s %12s %12s" % ("lag", "trace", "model", "difference")]
-    for lag, (t, f) in enumerate(zip(r.acf_trace, r.acf_model), 1):
-        lines.append("  %-5d %12s %12s %12s" % (lag, _number(t, "%.6f"), _number(f, "%.6f"),
-                                                _number(f - t, "%+.6f")))
-    return "\n".join(lines) + "\n"

@@ -4,6 +4,8 @@
 #define VELMORA_CORE_PROCESS_H
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +16,7 @@ class Matrix;
 class Trace;
 class Config;
 class XMLConfig;
+class XMLElement;
 
 // Fixed underlying type: values outside the list reach the "unsupported
 // format" checks of the models without undefined behaviour.
@@ -38,6 +41,9 @@ struct Distribution {
     std::vector<std::pair<double, double>> cdf;
     std::vector<std::pair<double, double>> ccdf;
 };
+
+// Receives generated values in blocks: `count` values from `values` on.
+using ValueSink = std::function<void(const double* values, std::size_t count)>;
 
 class Process {
 public:
@@ -66,6 +72,15 @@ public:
     process_type getProcessType();
     std::string getProcessTypeString();
 
+    // The numerics policy. Models whose numerics approximate (ARTA, CAPP and
+    // CHEP: the four-decimal normal table, Stirling's gamma function, a
+    // capped quantile) switch to exact forms in their transform, moments and
+    // autocorrelations, and write their element with 17 significant digits
+    // and <numerics>exact</numerics>; other models are exact already and
+    // keep the flag only.
+    virtual void setExactNumerics(bool exact);
+    bool hasExactNumerics() const;
+
     // Seeds the process, then draws values until the stop criterion holds:
     // 1 by count, 2 by sum, 0 by both; any other value gives an empty trace.
     // The trace grows at most to simulation_value_limit() values: a count
@@ -73,11 +88,26 @@ public:
     // reaches it ends with an Exception naming the budget.
     Trace* simulate(int stop, unsigned observations, double time, unsigned seed);
 
+    // The same draws without a trace: seeds the process, then hands the
+    // values to `sink` in blocks, in order, until the stop criterion holds,
+    // and returns their number. Nothing of the run's length is kept, so there
+    // is no budget: a run by sum whose values never reach `time` ends only
+    // when the sink throws. A block is valid only during the call.
+    std::uint64_t generate(int stop, std::uint64_t observations, double time, unsigned seed,
+                           const ValueSink& sink);
+
 protected:
     process_type type;
     std::string typeName;
     bool rngInitialized;
+    bool exactNumerics = false;
 };
+
+// The <numerics> child of a model element: absent or "specified" gives
+// false, "exact" gives true; any other value throws from `module`.
+bool read_numerics_element(XMLElement* element, const char* module);
+// "<numerics>exact</numerics>\n" for exact numerics, else nothing.
+std::string numerics_element_text(bool exact);
 
 // Curves of a process on lower, lower + step, ... up to upper, through its
 // evalCDF, evalCCDF and evalPDF. The walk also ends once adding the step no

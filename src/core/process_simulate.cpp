@@ -1,5 +1,6 @@
 // The one generation loop of all processes: seed, then draw values into a new
-// trace until the stop criterion holds, within a memory budget.
+// trace until the stop criterion holds, within a memory budget, or hand them
+// on in blocks without keeping them.
 #include <unistd.h>
 
 #include <atomic>
@@ -84,6 +85,31 @@ Trace* Process::simulate(int stop, unsigned observations, double time, unsigned 
         sum += x;
     }
     return trace.release();
+}
+
+std::uint64_t Process::generate(int stop, std::uint64_t observations, double time, unsigned seed,
+                                const ValueSink& sink) {
+    const bool byCount = stop == 0 || stop == 1;
+    const bool bySum = stop == 0 || stop == 2;
+    initRandomNumberGeneration(seed);
+    const std::size_t capacity = 4096;
+    double block[capacity];
+    std::size_t filled = 0;
+    std::uint64_t count = 0;
+    double sum = 0.0;
+    // The same loop as simulate's, summing in the same order.
+    while ((byCount && count < observations) || (bySum && time > sum)) {
+        const double x = getNextRandomVariate();
+        block[filled++] = x;
+        ++count;
+        sum += x;
+        if (filled == capacity) {
+            sink(block, filled);
+            filled = 0;
+        }
+    }
+    if (filled > 0) sink(block, filled);
+    return count;
 }
 
 }  // namespace velmora

@@ -3,12 +3,14 @@
 // families share.
 #include "distributions/dist.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <sstream>
 
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
+#include "numerics/misc_numerical_dist.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -41,6 +43,58 @@ Dist::Dist(dist_type type) : type(type) {}
 dist_type Dist::getType() const { return type; }
 
 double Dist::evalCCDF(double x) { return 1 - evalCDF(x); }
+
+double Dist::exactLogPDF(double x) { return std::log(evalPDF(x)); }
+double Dist::exactCDF(double x) { return evalCDF(x); }
+double Dist::exactCCDF(double x) { return 1 - exactCDF(x); }
+
+double Dist::exactQuantile(double p) {
+    checkProbability(p);
+    return invertExactCDF(p, -std::numeric_limits<double>::infinity(), exactStats(1).mean);
+}
+
+DistStats Dist::exactStats(unsigned n) { return getProperties(n); }
+bool Dist::isDiscrete() const { return false; }
+bool Dist::hasExactCDF() const { return true; }
+bool Dist::erlangBranches(std::vector<unsigned>&, std::vector<double>&, std::vector<double>&) const { return false; }
+
+void Dist::setExact(bool value) { exact = value; }
+bool Dist::isExact() const { return exact; }
+double Dist::quantile(double p) { return exact ? exactQuantile(p) : evalInverseCDF(p); }
+DistStats Dist::stats(unsigned n) { return exact ? exactStats(n) : getProperties(n); }
+
+double Dist::exactNormalTransform(double z) {
+    const double u = as::alnorm(z, false);
+    return exactQuantile(u < 1 ? u : 1 - std::numeric_limits<double>::epsilon() / 2);
+}
+
+// Doubling steps away from `start` bracket the root, then bisection on the
+// midpoint runs until the bracket holds no double between its ends; about
+// 60 to 120 evaluations of the distribution function.
+double Dist::invertExactCDF(double p, double lower, double start) {
+    const double inf = std::numeric_limits<double>::infinity();
+    if (p <= 0) return lower;
+    if (p >= 1) return inf;
+    if (!std::isfinite(start)) start = std::isfinite(lower) ? lower + 1 : 0;
+    double lo = start, hi = start;
+    double step = std::max(1.0, std::fabs(start));
+    if (exactCDF(start) >= p) {
+        for (lo = start - step; lo > lower && exactCDF(lo) >= p; step *= 2, lo = start - step) hi = lo;
+        if (!(lo > lower)) lo = lower;
+    } else {
+        for (hi = start + step; exactCDF(hi) < p; step *= 2, hi = start + step) {
+            lo = hi;
+            if (!std::isfinite(hi)) return inf;
+        }
+    }
+    if (!std::isfinite(lo)) lo = -std::numeric_limits<double>::max();
+    for (int it = 0; it < 2100; ++it) {
+        const double mid = lo + (hi - lo) / 2;
+        if (!(mid > lo && mid < hi)) break;
+        if (exactCDF(mid) >= p) hi = mid; else lo = mid;
+    }
+    return hi;
+}
 
 double Dist::compute_loglikelihood(Trace* t) {
     double sum = 0;
@@ -81,17 +135,17 @@ std::string Dist::layoutText(format f, dist_type t, const std::string& familyTag
 
 namespace {
 // Full precision has no fixed form: 17 significant digits whatever the size.
-void numberForm(std::ostream& out, bool fixed) {
-    if (FullPrecisionText::active())
+void numberForm(std::ostream& out, bool fixed, bool exact) {
+    if (exact || FullPrecisionText::active())
         out.precision(FullPrecisionText::kDigits);
     else if (fixed)
         out.setf(std::ios::fixed, std::ios::floatfield);
 }
 }  // namespace
 
-std::string Dist::formatNumber(double value, bool fixed) {
+std::string Dist::formatNumber(double value, bool fixed) const {
     std::ostringstream out;
-    numberForm(out, fixed);
+    numberForm(out, fixed, exact);
     out << value;
     return out.str();
 }
@@ -102,9 +156,9 @@ std::string Dist::formatNumber(unsigned value) {
     return out.str();
 }
 
-std::string Dist::formatList(const std::vector<double>& values, bool fixed) {
+std::string Dist::formatList(const std::vector<double>& values, bool fixed) const {
     std::ostringstream out;
-    numberForm(out, fixed);
+    numberForm(out, fixed, exact);
     for (double value : values) out << value << " ";
     return out.str();
 }
@@ -121,7 +175,7 @@ void Dist::checkProbability(double p) {
 }
 
 std::vector<double> dist_moments(Dist* dist, unsigned from, unsigned to) {
-    const std::vector<double> moments = dist->getProperties(to).moments;
+    const std::vector<double> moments = dist->stats(to).moments;
     std::vector<double> result;
     if (from == 0) {
         result.push_back(1.0);

@@ -88,6 +88,45 @@ public:
 
     dist_type getType() const;
 
+    // The exact view of the family, beside its specified members: the same
+    // distribution evaluated without the toolkit's approximations (no
+    // Stirling gamma function, no 32-bit factorial, no four-decimal normal
+    // table, no capped quantile). Fitters, likelihoods and exact-mode models
+    // ask these and hold no switch on the family. The defaults read the
+    // specified members, for families whose specified forms are exact.
+    // The log-density (log probability for a discrete family).
+    virtual double exactLogPDF(double x);
+    // NaN when the family has no distribution function here.
+    virtual double exactCDF(double x);
+    virtual double exactCCDF(double x);
+    // The quantile inf{x : F(x) >= p} for p in [0, 1]; by default the exact
+    // distribution function inverted numerically.
+    virtual double exactQuantile(double p);
+    // Mean, variance, cv and the first n raw moments in closed form.
+    virtual DistStats exactStats(unsigned n);
+    // Free parameters counted for information criteria.
+    virtual unsigned parameterCount() const = 0;
+    virtual bool isDiscrete() const;
+    // Whether exactCDF gives figures.
+    virtual bool hasExactCDF() const;
+    // The phase-type form of the families that are mixtures of Erlang
+    // branches (exponential, Erlang, hyper-exponential, hyper-Erlang): phases,
+    // rate and probability per branch. False, and nothing set, for the others.
+    virtual bool erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                                std::vector<double>& probabilities) const;
+
+    // The numerics policy: with exact numerics set, quantile() and stats()
+    // are the exact forms and the text form writes 17 significant digits,
+    // so that it reads back to the same bits.
+    void setExact(bool exact);
+    bool isExact() const;
+    double quantile(double p);
+    DistStats stats(unsigned n);
+    // exactQuantile(Phi(z)) with Phi by Algorithm AS 66: the transform of a
+    // standard normal value in exact numerics. Phi is kept below 1, so that
+    // far integration nodes give the largest finite quantile, not infinity.
+    double exactNormalTransform(double z);
+
     // Sum of log(evalPDF(x)) over the trace in order; a density of 0 enters
     // as -infinity, an empty trace gives 0.
     double compute_loglikelihood(Trace* t);
@@ -111,10 +150,11 @@ protected:
                                   const std::string& unsupported = "Output format not supported by Dists.");
     // A double in the stream's default form (fixed = false) or in fixed
     // notation with six decimals (fixed = true).
-    static std::string formatNumber(double value, bool fixed);
+    // With exact numerics set, both write 17 significant digits instead.
+    std::string formatNumber(double value, bool fixed) const;
     static std::string formatNumber(unsigned value);
     // Each element followed by one blank, so the text ends in a blank.
-    static std::string formatList(const std::vector<double>& values, bool fixed);
+    std::string formatList(const std::vector<double>& values, bool fixed) const;
     static std::string formatList(const std::vector<unsigned>& values);
 
     // The check shared by every inverse distribution function: p outside
@@ -129,8 +169,13 @@ protected:
         paramCheck();
     }
 
+    // The smallest x with exactCDF(x) >= p, by bracketing from `start` and
+    // bisection to the last bit; for families without a closed quantile.
+    double invertExactCDF(double p, double lower, double start);
+
     dist_type type;
     Rand rng;
+    bool exact = false;
 };
 
 // Raw moments `from` to `to` of a family seen as a process: order 0 is 1, and

@@ -3,12 +3,18 @@
 // Stirling grain away from integers and half-integers.
 #include "distributions/dist_beta.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -67,5 +73,25 @@ DistStats Beta::beta_stats(double a, double b, unsigned n) {
     for (unsigned k = 1; k <= n; k++) stats.moments.push_back(beta_function(a + k, b) / norm);
     return stats;
 }
+
+// ---- exact view
+double Beta::exactLogPDF(double x) {
+    const double a = getAlpha1(), b = getAlpha2();
+    if (!(x > 0 && x < 1)) return -std::numeric_limits<double>::infinity();
+    return log_gamma(a + b) - log_gamma(a) - log_gamma(b) + (a - 1) * std::log(x) + (b - 1) * std::log1p(-x);
+}
+double Beta::exactQuantile(double) { throw Exception("dist", __LINE__, "Not implemented."); }
+DistStats Beta::exactStats(unsigned n) {
+    const double a = getAlpha1(), b = getAlpha2();
+    DistStats stats;
+    stats.mean = a / (a + b);
+    stats.variance = a * b / ((a + b) * (a + b) * (a + b + 1));
+    stats.cv = stats.sdOverMean();
+    double m = 1;
+    for (unsigned k = 0; k < n; ++k) stats.moments.push_back(m *= (a + k) / (a + b + k));
+    return stats;
+}
+unsigned Beta::parameterCount() const { return 2; }
+bool Beta::hasExactCDF() const { return false; }
 
 }  // namespace velmora

@@ -23,6 +23,12 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactQuantile(double p) override;
+    DistStats exactStats(unsigned n) override;
+    unsigned parameterCount() const override;
+    bool hasExactCDF() const override;
     static Dist* fromConfig(Config* c);
 
     static double beta_pdf(double x, double a, double b);

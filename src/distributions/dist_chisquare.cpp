@@ -4,6 +4,10 @@
 // refused by the gamma routines once a density or probability is asked for.
 #include "distributions/dist_chisquare.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -11,6 +15,7 @@
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
 
 namespace velmora {
 
@@ -76,5 +81,16 @@ DistStats ChiSquare::chi2_stats(unsigned k, unsigned n) {
     }
     return stats;
 }
+
+// ---- exact view
+double ChiSquare::exactLogPDF(double x) { return exact::gamma_logpdf(x, k / 2.0, 2); }
+double ChiSquare::exactCDF(double x) { return exact::gamma_cdf(x, k / 2.0, 2); }
+double ChiSquare::exactCCDF(double x) { return exact::gamma_ccdf(x, k / 2.0, 2); }
+double ChiSquare::exactQuantile(double p) {
+    checkProbability(p);
+    return exact::gamma_quantile(p, k / 2.0, 2);
+}
+DistStats ChiSquare::exactStats(unsigned n) { return exact::gamma_stats(k / 2.0, 2, n); }
+unsigned ChiSquare::parameterCount() const { return 1; }
 
 }  // namespace velmora

@@ -2,10 +2,16 @@
 // exactly that value, and it has no quantile function.
 #include "distributions/dist_deterministic.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -45,5 +51,15 @@ DistStats Deterministic::getProperties(unsigned n) {
 }
 
 void Deterministic::paramCheck() {}
+
+// ---- exact view
+// The probability of the one value, so constant data have likelihood 1.
+double Deterministic::exactLogPDF(double x) { return x == getVal() ? 0.0 : -std::numeric_limits<double>::infinity(); }
+double Deterministic::exactQuantile(double p) {
+    checkProbability(p);
+    return getVal();
+}
+unsigned Deterministic::parameterCount() const { return 1; }
+bool Deterministic::isDiscrete() const { return true; }
 
 }  // namespace velmora

@@ -21,6 +21,11 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactQuantile(double p) override;
+    unsigned parameterCount() const override;
+    bool isDiscrete() const override;
     static Dist* fromConfig(Config* c);
 
 private:

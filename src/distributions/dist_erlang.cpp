@@ -8,6 +8,10 @@
 // statistics and asCPH refuse it with an exception, the variate is 0.
 #include "distributions/dist_erlang.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -17,6 +21,8 @@
 #include "markov/cph.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -109,5 +115,23 @@ DistStats Erlang::erlang_stats(unsigned phases, double rate, unsigned n) {
                                 std::pow(rate, static_cast<double>(i)));
     return stats;
 }
+
+// ---- exact view
+double Erlang::exactLogPDF(double x) { return exact::gamma_logpdf(x, getPhases(), 1 / getRate()); }
+double Erlang::exactCDF(double x) { return exact::gamma_cdf(x, getPhases(), 1 / getRate()); }
+double Erlang::exactCCDF(double x) { return exact::gamma_ccdf(x, getPhases(), 1 / getRate()); }
+double Erlang::exactQuantile(double p) {
+    checkProbability(p);
+    return exact::gamma_quantile(p, getPhases(), 1 / getRate());
+}
+DistStats Erlang::exactStats(unsigned n) { return exact::erlang_mixture_stats({getPhases()}, {getRate()}, {1.0}, n); }
+bool Erlang::erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const {
+    phases = {getPhases()};
+    rates = {getRate()};
+    probabilities = {1.0};
+    return true;
+}
+unsigned Erlang::parameterCount() const { return 2; }
 
 }  // namespace velmora

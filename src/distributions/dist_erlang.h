@@ -2,6 +2,8 @@
 #ifndef VELMORA_DISTRIBUTIONS_DIST_ERLANG_H
 #define VELMORA_DISTRIBUTIONS_DIST_ERLANG_H
 
+#include <vector>
+
 #include "distributions/dist.h"
 
 namespace velmora {
@@ -24,6 +26,15 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactCDF(double x) override;
+    double exactCCDF(double x) override;
+    double exactQuantile(double p) override;
+    DistStats exactStats(unsigned n) override;
+    unsigned parameterCount() const override;
+    bool erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const override;
     static Dist* fromConfig(Config* c);
     static Dist* fromXML(XMLElement* family);
 

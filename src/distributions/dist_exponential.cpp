@@ -3,12 +3,18 @@
 // moments k!/rate^k inherit the 32-bit range of the factorial (k <= 12).
 #include "distributions/dist_exponential.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -84,5 +90,25 @@ DistStats Exponential::exponential_stats(double rate, unsigned n) {
         stats.moments.push_back(static_cast<double>(fac(k)) / std::pow(rate, static_cast<double>(k)));
     return stats;
 }
+
+// ---- exact view
+double Exponential::exactLogPDF(double x) {
+    return x < 0 ? -std::numeric_limits<double>::infinity() : std::log(getRate()) - getRate() * x;
+}
+double Exponential::exactCDF(double x) { return x > 0 ? -std::expm1(-getRate() * x) : 0.0; }
+double Exponential::exactCCDF(double x) { return x > 0 ? std::exp(-getRate() * x) : 1.0; }
+double Exponential::exactQuantile(double p) {
+    checkProbability(p);
+    return -std::log1p(-p) / getRate();
+}
+DistStats Exponential::exactStats(unsigned n) { return exact::erlang_mixture_stats({1}, {getRate()}, {1.0}, n); }
+bool Exponential::erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const {
+    phases = {1};
+    rates = {getRate()};
+    probabilities = {1.0};
+    return true;
+}
+unsigned Exponential::parameterCount() const { return 1; }
 
 }  // namespace velmora

@@ -5,6 +5,10 @@
 // function and carry its Stirling grain away from integers and half-integers.
 #include "distributions/dist_gamma.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -12,6 +16,7 @@
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
 
 namespace velmora {
 
@@ -84,5 +89,16 @@ DistStats Gamma::gamma_stats(double alpha, double beta, unsigned n) {
         stats.moments.push_back(gamma_function(k + alpha) / (gammaAlpha * std::pow(1 / beta, static_cast<double>(k))));
     return stats;
 }
+
+// ---- exact view
+double Gamma::exactLogPDF(double x) { return exact::gamma_logpdf(x, alpha, beta); }
+double Gamma::exactCDF(double x) { return exact::gamma_cdf(x, alpha, beta); }
+double Gamma::exactCCDF(double x) { return exact::gamma_ccdf(x, alpha, beta); }
+double Gamma::exactQuantile(double p) {
+    checkProbability(p);
+    return exact::gamma_quantile(p, alpha, beta);
+}
+DistStats Gamma::exactStats(unsigned n) { return exact::gamma_stats(alpha, beta, n); }
+unsigned Gamma::parameterCount() const { return 2; }
 
 }  // namespace velmora

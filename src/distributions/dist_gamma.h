@@ -22,6 +22,13 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactCDF(double x) override;
+    double exactCCDF(double x) override;
+    double exactQuantile(double p) override;
+    DistStats exactStats(unsigned n) override;
+    unsigned parameterCount() const override;
     static Dist* fromConfig(Config* c);
     static Dist* fromXML(XMLElement* family);
 

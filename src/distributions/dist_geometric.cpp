@@ -2,11 +2,17 @@
 // functions: the formulas live in the object's operations.
 #include "distributions/dist_geometric.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -67,5 +73,32 @@ DistStats Geometric::getProperties(unsigned n) {
 }
 
 void Geometric::paramCheck() { checkP(p); }
+
+// ---- exact view
+// The probability of a whole number of trials x >= 1.
+double Geometric::exactLogPDF(double x) {
+    if (x < 1 || x != std::floor(x)) return -std::numeric_limits<double>::infinity();
+    return std::log(p) + (x - 1) * std::log1p(-p);
+}
+double Geometric::exactCDF(double x) { return x < 1 ? 0.0 : -std::expm1(std::floor(x) * std::log1p(-p)); }
+double Geometric::exactQuantile(double q) {
+    checkProbability(q);
+    if (q == 0) return 1;
+    if (p == 1) return 1;
+    const double k = std::max(1.0, std::ceil(std::log1p(-q) / std::log1p(-p)));
+    // The closed form may land one step off where F(k - 1) >= q by rounding.
+    return k > 1 && exactCDF(k - 1) >= q ? k - 1 : k;
+}
+DistStats Geometric::exactStats(unsigned n) {
+    DistStats stats;
+    stats.mean = 1 / p;
+    stats.variance = (1 - p) / (p * p);
+    stats.cv = stats.sdOverMean();
+    const std::vector<double> m = {1 / p, (2 - p) / (p * p), (p * p - 6 * p + 6) / (p * p * p)};
+    for (unsigned k = 0; k < n && k < 3; ++k) stats.moments.push_back(m[k]);
+    return stats;
+}
+unsigned Geometric::parameterCount() const { return 1; }
+bool Geometric::isDiscrete() const { return true; }
 
 }  // namespace velmora

@@ -27,6 +27,13 @@ public:
     DistStats getProperties(unsigned n) override;
     // p in [0, 1]; 0 and 1 are accepted.
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactCDF(double x) override;
+    double exactQuantile(double p) override;
+    DistStats exactStats(unsigned n) override;
+    unsigned parameterCount() const override;
+    bool isDiscrete() const override;
     static Dist* fromConfig(Config* c);
 
 private:

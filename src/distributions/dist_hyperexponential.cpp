@@ -4,10 +4,16 @@
 // key-value reader holds them to the same bound.
 #include "distributions/dist_hyperexponential.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -98,5 +104,31 @@ double HyperExponential::hyper_exponential_ccdf(double x, const std::vector<doub
                                                 const std::vector<double>& probabilities) {
     return 1 - hyper_exponential_cdf(x, rates, probabilities);
 }
+
+// ---- exact view
+double HyperExponential::exactLogPDF(double x) {
+    return exact::erlang_mixture_logpdf(x, std::vector<unsigned>(getRates().size(), 1), getRates(), getProbabilities());
+}
+double HyperExponential::exactCDF(double x) {
+    return exact::erlang_mixture_cdf(x, std::vector<unsigned>(getRates().size(), 1), getRates(), getProbabilities());
+}
+double HyperExponential::exactCCDF(double x) {
+    return exact::erlang_mixture_ccdf(x, std::vector<unsigned>(getRates().size(), 1), getRates(), getProbabilities());
+}
+double HyperExponential::exactQuantile(double p) {
+    checkProbability(p);
+    return invertExactCDF(p, 0, exactStats(0).mean);
+}
+DistStats HyperExponential::exactStats(unsigned n) {
+    return exact::erlang_mixture_stats(std::vector<unsigned>(getRates().size(), 1), getRates(), getProbabilities(), n);
+}
+bool HyperExponential::erlangBranches(std::vector<unsigned>& phases, std::vector<double>& rates,
+                        std::vector<double>& probabilities) const {
+    rates = getRates();
+    phases.assign(rates.size(), 1);
+    probabilities = getProbabilities();
+    return true;
+}
+unsigned HyperExponential::parameterCount() const { return 2 * getPhases() - 1; }
 
 }  // namespace velmora

@@ -6,6 +6,10 @@
 // equivalent phase-type distribution.
 #include "distributions/dist_hypoexponential.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -13,6 +17,8 @@
 #include "markov/cph.h"
 #include "numerics/matrix.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -55,8 +61,10 @@ DistStats HypoExponential::getProperties(unsigned n) { return hypo_exponential_s
 void HypoExponential::paramCheck() { checkParameters(rates); }
 
 CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry) {
-    unsigned order = 0;
-    for (const std::vector<double>& chain : chains) order += static_cast<unsigned>(chain.size());
+    unsigned long long total = 0;
+    for (const std::vector<double>& chain : chains) total += chain.size();
+    check_dense_order(total, "A phase-type form");
+    const unsigned order = static_cast<unsigned>(total);
     Matrix T(order, order);
     Vector tau(order, true);
     unsigned offset = 0;
@@ -130,5 +138,26 @@ DistStats HypoExponential::hypo_exponential_stats(const std::vector<double>& rat
         stats.moments = seriesChainsCPH({rates}, {1.0}).getMoments(1, n);
     return stats;
 }
+
+// ---- exact view
+// 1 - sum_i c_i exp(-r_i x), c_i = prod_{j != i} r_j / (r_j - r_i), for
+// pairwise different rates as the density's formula needs.
+double HypoExponential::exactCDF(double x) {
+    if (x <= 0) return 0.0;
+    const std::vector<double> r = getRates();
+    double s = 0;
+    for (std::size_t i = 0; i < r.size(); ++i) {
+        double c = 1;
+        for (std::size_t j = 0; j < r.size(); ++j)
+            if (j != i) c *= r[j] / (r[j] - r[i]);
+        s += c * std::exp(-r[i] * x);
+    }
+    return 1 - s;
+}
+double HypoExponential::exactQuantile(double p) {
+    checkProbability(p);
+    return invertExactCDF(p, 0, getProperties(0).mean);
+}
+unsigned HypoExponential::parameterCount() const { return getPhases(); }
 
 }  // namespace velmora

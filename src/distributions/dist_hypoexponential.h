@@ -29,6 +29,10 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactCDF(double x) override;
+    double exactQuantile(double p) override;
+    unsigned parameterCount() const override;
     static Dist* fromConfig(Config* c);
 
     // The chain of the phases in their order, entered in the first.

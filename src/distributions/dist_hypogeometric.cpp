@@ -2,9 +2,17 @@
 // the mean as the sum of the phases' means.
 #include "distributions/dist_hypogeometric.h"
 
+#include <algorithm>
+
+#include <limits>
+
+#include <cmath>
+
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -64,5 +72,12 @@ double HypoGeometric::getMean() {
     for (double value : p) mean += 1 / value;
     return mean;
 }
+
+// ---- exact view
+double HypoGeometric::exactLogPDF(double) {
+    throw Exception("dist", __LINE__, "Cannot assess hypogeometric: the family has no probability function.");
+}
+unsigned HypoGeometric::parameterCount() const { return static_cast<unsigned>(getP().size()); }
+bool HypoGeometric::isDiscrete() const { return true; }
 
 }  // namespace velmora

@@ -29,6 +29,10 @@ public:
     DistStats getProperties(unsigned n) override;
     // Every element in [0, 1]; an empty list is accepted.
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    unsigned parameterCount() const override;
+    bool isDiscrete() const override;
     static Dist* fromConfig(Config* c);
 
     // Sum of the phases' means 1/p; a p of 0 makes it infinite.

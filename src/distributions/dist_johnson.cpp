@@ -12,6 +12,10 @@
 // gamma's: a skewness of the Johnson SU is reported as its absolute value.
 #include "distributions/dist_johnson.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -20,6 +24,7 @@
 #include "numerics/misc_numerical.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
 
 namespace velmora {
 
@@ -236,5 +241,19 @@ double Johnson::FourthMomJFcn(double x, std::vector<double> params) {
 double Rand::johnson(dist_johnson_family family, double gamma, double delta, double lambda, double xi) {
     return Johnson::johnson_inverse_cdf(drawRandomNumber(), family, gamma, delta, lambda, xi);
 }
+
+// ---- exact view
+double Johnson::exactCDF(double x) {
+    const dist_johnson_family f = getJohnsonType();
+    if ((f == JOHNSON_SL || f == JOHNSON_SB) && x <= getXi()) return 0.0;
+    if (f == JOHNSON_SB && x >= getXi() + getLambda()) return 1.0;
+    return mvphi(getGamma() + getDelta() * johnson_transformation((x - getXi()) / getLambda(), f));
+}
+double Johnson::exactQuantile(double p) {
+    checkProbability(p);
+    if (p == 0 || p == 1) return invertExactCDF(p, -std::numeric_limits<double>::infinity(), getXi());
+    return evalInverseCDF(p);
+}
+unsigned Johnson::parameterCount() const { return 4; }
 
 }  // namespace velmora

@@ -38,6 +38,10 @@ public:
     DistStats getProperties(unsigned n) override;
     // Any four numbers are accepted: the body is empty.
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactCDF(double x) override;
+    double exactQuantile(double p) override;
+    unsigned parameterCount() const override;
     static Dist* fromConfig(Config* c);
     static Dist* fromXML(XMLElement* family);
 

@@ -4,6 +4,10 @@
 // p = 0 and p = 1. Raw moments exp(k mu + k^2 sigma^2 / 2) have no limit.
 #include "distributions/dist_lognormal.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -11,6 +15,7 @@
 #include "distributions/dist_read.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
 
 namespace velmora {
 
@@ -86,5 +91,30 @@ DistStats Lognormal::lognormal_stats(double mu, double sigma, unsigned n) {
     }
     return stats;
 }
+
+// ---- exact view
+double Lognormal::exactLogPDF(double x) {
+    if (!(x > 0)) return -std::numeric_limits<double>::infinity();
+    const double z = (std::log(x) - getMu()) / getSigma();
+    return -0.5 * z * z - std::log(x) - std::log(getSigma()) - 0.91893853320467274178;  // log sqrt(2 pi)
+}
+double Lognormal::exactCDF(double x) { return x > 0 ? mvphi((std::log(x) - getMu()) / getSigma()) : 0.0; }
+double Lognormal::exactCCDF(double x) { return x > 0 ? mvphi((getMu() - std::log(x)) / getSigma()) : 1.0; }
+double Lognormal::exactQuantile(double p) {
+    checkProbability(p);
+    if (p == 0) return 0;
+    if (p == 1) return std::numeric_limits<double>::infinity();
+    return std::exp(getMu() + getSigma() * as::ppnd16(p));
+}
+DistStats Lognormal::exactStats(unsigned n) {
+    DistStats stats;
+    const double mu = getMu(), s2 = getSigma() * getSigma();
+    stats.mean = std::exp(mu + s2 / 2);
+    stats.variance = std::expm1(s2) * std::exp(2 * mu + s2);
+    stats.cv = stats.sdOverMean();
+    for (unsigned k = 1; k <= n; ++k) stats.moments.push_back(std::exp(k * mu + k * k * s2 / 2));
+    return stats;
+}
+unsigned Lognormal::parameterCount() const { return 2; }
 
 }  // namespace velmora

@@ -4,6 +4,8 @@
 // it and everything built on it move in steps of 0.01 and four decimals.
 #include "distributions/dist_normal.h"
 
+#include <algorithm>
+
 #include <cmath>
 #include <limits>
 
@@ -12,6 +14,7 @@
 #include "numerics/misc_math.h"
 #include "numerics/misc_numerical_dist.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
 
 namespace velmora {
 
@@ -150,5 +153,32 @@ DistStats Normal::normal_stats(double m, double s, unsigned n) {
     if (n > 8) libvelmora_warning("For normal distribution only computation of first 8 moments is supported.");
     return stats;
 }
+
+// ---- exact view
+double Normal::exactLogPDF(double x) {
+    const double z = (x - getMean()) / getSD();
+    return -0.5 * z * z - std::log(getSD()) - 0.91893853320467274178;  // log sqrt(2 pi)
+}
+double Normal::exactCDF(double x) { return mvphi((x - getMean()) / getSD()); }
+double Normal::exactCCDF(double x) { return mvphi((getMean() - x) / getSD()); }
+double Normal::exactQuantile(double p) {
+    checkProbability(p);
+    if (p == 0 || p == 1) return (p == 0 ? -1 : 1) * std::numeric_limits<double>::infinity();
+    return getMean() + getSD() * as::ppnd16(p);
+}
+DistStats Normal::exactStats(unsigned n) {
+    DistStats stats = getProperties(0);
+    stats.moments.clear();
+    // E[X^k] = m E[X^(k-1)] + (k - 1) s^2 E[X^(k-2)].
+    double prev = 1, cur = getMean();
+    for (unsigned k = 1; k <= n; ++k) {
+        stats.moments.push_back(cur);
+        const double next = getMean() * cur + k * getSD() * getSD() * prev;
+        prev = cur;
+        cur = next;
+    }
+    return stats;
+}
+unsigned Normal::parameterCount() const { return 2; }
 
 }  // namespace velmora

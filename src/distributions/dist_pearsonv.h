@@ -23,6 +23,12 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;  // throws "Not implemented."
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactCDF(double x) override;
+    double exactCCDF(double x) override;
+    DistStats exactStats(unsigned n) override;
+    unsigned parameterCount() const override;
     static Dist* fromConfig(Config* c);
 
     static double pearsonV_pdf(double x, double alpha, double beta);

@@ -3,12 +3,18 @@
 // closed form over the system's beta function.
 #include "distributions/dist_pearsonvi.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -58,5 +64,27 @@ double PearsonVI::pearsonVI_pdf(double x, double alpha1, double alpha2, double b
     double y = x / beta;
     return std::pow(y, alpha1 - 1) / (beta * beta_function(alpha1, alpha2) * std::pow(1 + y, alpha1 + alpha2));
 }
+
+// ---- exact view
+double PearsonVI::exactLogPDF(double x) {
+    const double a1 = getAlpha1(), a2 = getAlpha2(), b = getBeta();
+    if (!(x > 0)) return -std::numeric_limits<double>::infinity();
+    return log_gamma(a1 + a2) - log_gamma(a1) - log_gamma(a2) - std::log(b) + (a1 - 1) * std::log(x / b) -
+           (a1 + a2) * std::log1p(x / b);
+}
+double PearsonVI::exactQuantile(double) { throw Exception("dist", __LINE__, "Not implemented."); }
+DistStats PearsonVI::exactStats(unsigned n) {
+    const double a1 = getAlpha1(), a2 = getAlpha2(), b = getBeta();
+    DistStats stats;
+    double m = 1;
+    for (unsigned k = 0; k < n; ++k)
+        stats.moments.push_back(a2 > k + 1 ? (m *= b * (a1 + k) / (a2 - 1 - k)) : std::numeric_limits<double>::quiet_NaN());
+    if (a2 > 1) stats.mean = b * a1 / (a2 - 1);
+    if (a2 > 2) stats.variance = b * b * a1 * (a1 + a2 - 1) / ((a2 - 1) * (a2 - 1) * (a2 - 2));
+    stats.cv = stats.sdOverMean();
+    return stats;
+}
+unsigned PearsonVI::parameterCount() const { return 3; }
+bool PearsonVI::hasExactCDF() const { return false; }
 
 }  // namespace velmora

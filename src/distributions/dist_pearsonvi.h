@@ -25,6 +25,12 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;  // throws "Not implemented."
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactLogPDF(double x) override;
+    double exactQuantile(double p) override;
+    DistStats exactStats(unsigned n) override;
+    unsigned parameterCount() const override;
+    bool hasExactCDF() const override;
     static Dist* fromConfig(Config* c);
 
     static double pearsonVI_pdf(double x, double alpha1, double alpha2, double beta);

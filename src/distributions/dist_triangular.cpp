@@ -2,11 +2,17 @@
 // between the bounds.
 #include "distributions/dist_triangular.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -87,5 +93,15 @@ DistStats Triangular::triangular_stats(double a, double b, double c, unsigned n)
     if (n > 1) libvelmora_warning("For triangular distribution only computation of first moment is supported.");
     return stats;
 }
+
+// ---- exact view
+double Triangular::exactQuantile(double p) { return evalInverseCDF(p); }
+DistStats Triangular::exactStats(unsigned n) {
+    DistStats stats = triangular_stats(getA(), getB(), getC(), 0);
+    const std::vector<double> raw = exact::raw_from_central(stats.mean, stats.variance, stats.skewness);
+    for (unsigned k = 0; k < n && k < 3; ++k) stats.moments.push_back(raw[k]);
+    return stats;
+}
+unsigned Triangular::parameterCount() const { return 3; }
 
 }  // namespace velmora

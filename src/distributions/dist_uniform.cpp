@@ -3,11 +3,17 @@
 // functions refuse only a > b, and the statistics both.
 #include "distributions/dist_uniform.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -85,5 +91,9 @@ DistStats Uniform::uniform_stats(double a, double b, unsigned n) {
     }
     return stats;
 }
+
+// ---- exact view
+double Uniform::exactQuantile(double p) { return evalInverseCDF(p); }
+unsigned Uniform::parameterCount() const { return 2; }
 
 }  // namespace velmora

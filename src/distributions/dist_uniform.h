@@ -22,6 +22,9 @@ public:
     std::string toString(format f) override;
     DistStats getProperties(unsigned n) override;
     void paramCheck() override;
+    // The exact view; see Dist.
+    double exactQuantile(double p) override;
+    unsigned parameterCount() const override;
     static Dist* fromConfig(Config* c);
     static Dist* fromXML(XMLElement* family);
 

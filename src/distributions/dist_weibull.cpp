@@ -5,12 +5,18 @@
 // with one message, the density, distribution and quantile with another.
 #include "distributions/dist_weibull.h"
 
+#include <algorithm>
+
+#include <limits>
+
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
+#include "distributions/dist_exact.h"
+#include "numerics/misc_numerical_dist.h"
 
 namespace velmora {
 
@@ -86,5 +92,27 @@ DistStats Weibull::weibull_stats(double alpha, double beta, unsigned n) {
         stats.moments.push_back(std::pow(beta, static_cast<double>(k)) * gamma_function(k / alpha + 1));
     return stats;
 }
+
+// ---- exact view
+double Weibull::exactLogPDF(double x) {
+    if (!(x > 0)) return -std::numeric_limits<double>::infinity();
+    return std::log(alpha / beta) + (alpha - 1) * std::log(x / beta) - std::pow(x / beta, alpha);
+}
+double Weibull::exactCDF(double x) { return x > 0 ? -std::expm1(-std::pow(x / beta, alpha)) : 0.0; }
+double Weibull::exactCCDF(double x) { return x > 0 ? std::exp(-std::pow(x / beta, alpha)) : 1.0; }
+double Weibull::exactQuantile(double p) {
+    checkProbability(p);
+    return beta * std::pow(-std::log1p(-p), 1 / alpha);
+}
+DistStats Weibull::exactStats(unsigned n) {
+    DistStats stats;
+    const double g1 = std::tgamma(1 / alpha + 1);
+    stats.mean = beta * g1;
+    stats.variance = beta * beta * (std::tgamma(2 / alpha + 1) - g1 * g1);
+    stats.cv = stats.sdOverMean();
+    for (unsigned k = 1; k <= n; k++) stats.moments.push_back(std::pow(beta, k) * std::tgamma(k / alpha + 1));
+    return stats;
+}
+unsigned Weibull::parameterCount() const { return 2; }
 
 }  // namespace velmora

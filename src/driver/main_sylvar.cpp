@@ -10,7 +10,8 @@
 #include "core/misc_string.h"
 #include "core/output_file.h"
 #include "core/process.h"
-#include "traces/trace.h"
+#include "traces/trace_replications.h"
+#include "traces/trace_stream.h"
 
 using namespace velmora;
 
@@ -36,6 +37,20 @@ void sylvar_load_config(Config* config, bool& traceFormat, std::string& trace, u
                        "\n" + "traceFormat: " + toString(traceFormat) + "\n" + "trace: " + trace + "\n");
 }
 
+// -replications=R (default 1) and -threads=T (default 0: every core).
+void sylvar_load_replications(Config* config, unsigned& replications, unsigned& threads) {
+    if (config->existsKey("replications")) {
+        const int r = config->getValueAsInt("replications");
+        if (r < 1) throw Exception("main_sylvar", __LINE__, "Invalid number of replications; give 1 or more.");
+        replications = static_cast<unsigned>(r);
+    }
+    if (config->existsKey("threads")) {
+        const int t = config->getValueAsInt("threads");
+        if (t < 1) throw Exception("main_sylvar", __LINE__, "Invalid number of threads; give 1 or more.");
+        threads = static_cast<unsigned>(t);
+    }
+}
+
 void sylvar_report_failure(Exception& e) {
     std::cout << e.toString() << std::endl << std::endl;
     std::cout << "Use parameter --help for usage information." << std::endl;
@@ -59,7 +74,16 @@ int main(int argc, char** argv) {
             modelFile = config->getValue("model");
         if (!modelFile.empty()) document.reset(new XMLConfig(modelFile));
         std::unique_ptr<Process> process(load_process(document.get()));
-        document.reset();
+        // -numerics=exact forces the exact numerics on any model file.
+        bool exact = false;
+        if (config->existsKey("numerics")) {
+            const std::string numerics = config->getValue("numerics");
+            if (numerics != "exact" && numerics != "specified")
+                throw Exception("main_sylvar", __LINE__,
+                                "Invalid -numerics value '" + numerics + "': it must be 'exact' or 'specified'.");
+            exact = numerics == "exact";
+            if (exact) process->setExactNumerics(true);
+        }
 
         bool traceFormat = false;
         std::string trace;
@@ -78,11 +102,31 @@ int main(int argc, char** argv) {
         if (!refusal.empty())
             throw Exception("main_sylvar", __LINE__, "Cannot write the trace file '" + trace + "': " + refusal + ".");
 
-        std::unique_ptr<Trace> generated(process->simulate(stop, observations, time, seed));
-        generated->save(trace, traceFormat);
+        unsigned replications = 1, threads = 0;
+        sylvar_load_replications(config.get(), replications, threads);
+        if (replications > 1) {
+            // Each replication loads its own instance of the model, so that no
+            // two threads draw from one object.
+            const ReplicationStudy study = run_replications(
+                [&document, exact] {
+                    std::unique_ptr<Process> copy(load_process(document.get()));
+                    if (exact) copy->setExactNumerics(true);
+                    return copy;
+                },
+                stop, observations,
+                time, seed, replications, threads, trace, traceFormat);
+            std::cout << process->getSummary() << std::endl;
+            std::cout << study.toString() << std::endl;
+            return 0;
+        }
+        document.reset();
+
+        // Drawn, written and summarised as it goes: memory stays bounded
+        // whatever the count or time.
+        const StreamedTrace generated = stream_trace(*process, stop, observations, time, seed, trace, traceFormat);
         std::cout << process->getSummary() << std::endl;
-        std::cout << generated->getSummary() << std::endl;
-        generated.reset();
+        if (generated.count == 0) throw Exception("trace", __LINE__, "Invalid trace element.");
+        std::cout << generated.summary << std::endl;
         config.reset();
         process.reset();
     } catch (Exception& e) {

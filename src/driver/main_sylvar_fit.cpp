@@ -17,6 +17,7 @@
 #include "core/output_file.h"
 #include "core/stage_timer.h"
 #include "driver/sylvar_fit_usage.inc"
+#include "fitting/mapem.h"
 #include "fitting/tracefit.h"
 #include "reporting/fit_report.h"
 #include "traces/trace.h"
@@ -61,7 +62,7 @@ Options parseArguments(int argc, char** argv) {
         throw Failure{e.message + " Arguments are -key=value; see sylvar-fit --help"};
     }
     const std::string known =
-        " trace traceformat out model marginal phases lags pmin pmax qmin qmax plot progress debug ";
+        " trace traceformat out model marginal phases order lags pmin pmax qmin qmax plot progress debug ";
     for (const std::string& key : c.getKeys())
         if (known.find(" " + key + " ") == std::string::npos)
             throw Failure{"unknown option -" + key + " (see sylvar-fit --help)"};
@@ -74,6 +75,7 @@ Options parseArguments(int argc, char** argv) {
     if (c.existsKey("model")) o.request.model = tracefit_model_from_name(c.getValue("model"));
     if (c.existsKey("marginal")) o.request.marginal = c.getValue("marginal");
     if (c.existsKey("phases")) o.request.phases = count(c, "phases", 1, distfit::kMaxPhases);
+    if (c.existsKey("order")) o.request.mapOrder = count(c, "order", 1, mapem::kMaxOrder);
     if (c.existsKey("lags")) r.lags = count(c, "lags", 1, 100000);
     if (c.existsKey("pmin")) r.pMin = count(c, "pmin", 0, 20);
     if (c.existsKey("pmax")) r.pMax = count(c, "pmax", 0, 20);
@@ -136,8 +138,17 @@ int run(const Options& o) {
     try {
         ProgressSink progress(o);
         stage("read");
-        Trace trace(read_trace_values(o.trace, o.traceFormat));
-        result = tracefit(trace, o.request, stage);
+        Trace trace;
+        TraceFitRequest request = o.request;
+        if (request.model == TRACEFIT_MMAP) {
+            mapem::MarkedValues marked = mapem::read_marked_values(o.trace);
+            trace = Trace(marked.values);
+            request.classOf = std::move(marked.classOf);
+            request.classNames = std::move(marked.names);
+        } else {
+            trace = Trace(read_trace_values(o.trace, o.traceFormat));
+        }
+        result = tracefit(trace, request, stage);
         if (!o.plot.empty()) {
             stage("plots");
             report.plots = fit_plots(o.plot, trace, result, o.request.orders.lags);

@@ -5,12 +5,14 @@
 #include <cmath>
 #include <memory>
 #include <sstream>
+#include <string>
 #include <utility>
 
 #include "core/libvelmora_settings.h"
 #include "fitting/arimafit.h"
 #include "timeseries/arima.h"
 #include "timeseries/arta.h"
+#include "timeseries/normal_grid_integral.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -37,11 +39,22 @@ void checkTargets(const std::vector<double>& target) {
         if (!(r > -1 && r < 1)) throw Exception("artafit", __LINE__, "Target autocorrelations must lie in (-1, 1).");
 }
 
+// The integrand evaluations one search may spend per target lag, some four
+// times the most that the fits of the tests and examples need. A marginal whose
+// values span a hundred orders of magnitude and more keeps every integral
+// near its own limit; the search then ends with a message.
+const unsigned long long kSearchEvaluationsPerLag = 1ull << 23;
+
 // The search of one arta_find_arma_autocorrelation, which its objective
 // carries: the marginal's transformed values are held while it runs and
 // released however it ends.
 struct Search {
-    explicit Search(Dist* d) : dist(d) { arta_process_hold_marginal(d); }
+    Search(Dist* d, std::size_t lags)
+        : dist(d),
+          evaluationStart(normal_grid_evaluation_count()),
+          evaluationLimit(kSearchEvaluationsPerLag * (lags == 0 ? 1 : lags)) {
+        arta_process_hold_marginal(d);
+    }
     ~Search() { arta_process_release_marginal(); }
     Search(const Search&) = delete;
     Search& operator=(const Search&) = delete;
@@ -56,6 +69,11 @@ struct Search {
         } else {
             v = arta_process_compute_autocorrelations(dist, {rho})[0];
             cache[rho] = v;
+            if (normal_grid_evaluation_count() - evaluationStart > evaluationLimit)
+                throw Exception("artafit", __LINE__,
+                                "The search of the base autocorrelations took more than " +
+                                    std::to_string(evaluationLimit) +
+                                    " integrand evaluations: the marginal's values span too many orders of magnitude.");
         }
         return std::pow(target - v, 2.0);
     }
@@ -63,6 +81,8 @@ struct Search {
     Dist* dist;
     double target = 0.0;
     std::map<double, double> cache;  // keyed by the exact base autocorrelation
+    unsigned long long evaluationStart;
+    unsigned long long evaluationLimit;
 };
 
 // The candidates of one fit all hold the caller's marginal. Whatever is
@@ -132,8 +152,13 @@ ARTA* ARTAFit::fit_arta_model() {
             // The constructor owns the marginal from its first line; the
             // normalisation it runs has just succeeded for s2, so only a
             // failing allocation could take the marginal with it.
-            candidates.list.push_back(nullptr);
-            candidates.list.back() = new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            // A base without a positive variance has no stationary solution
+            // and can't be normalised; it would never be chosen.
+            if (s2 > 0 && s2 < HUGE_VAL) {
+                candidates.list.push_back(nullptr);
+                candidates.list.back() =
+                    new ARTA(dist, m->getARCoefficients(), m->getMACoefficients(), 0.0, std::sqrt(s2));
+            }
             if (q == qRange.max) break;
         }
         if (p == pRange.max) break;
@@ -145,7 +170,7 @@ ARTA* ARTAFit::fit_arta_model() {
 }
 
 std::vector<double> ARTAFit::arta_find_arma_autocorrelation(std::vector<double> ac) {
-    Search search(dist);
+    Search search(dist, ac.size());
     const std::vector<double> rho = ARIMAFit::invert_autocorrelations(
         ac, &search.target, [&search](double r) { return search.distance(r); });
     // The record of the last search on this thread.

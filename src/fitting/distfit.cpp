@@ -61,9 +61,8 @@ void requirePositive(const Range& r, const std::string& family) {
 void requirePhases(unsigned phases, const std::string& family) {
     if (phases == 0) fail(__LINE__, "Cannot fit " + family + ": the number of phases must be at least 1.");
     if (phases > kMaxPhases)
-        fail(__LINE__, "Cannot fit " + family + " with " + std::to_string(phases) +
-                           " phases: at most 13 are supported, since the family's formulas use the factorial "
-                           "in 32-bit arithmetic, exact only up to 12!.");
+        fail(__LINE__, "Cannot fit " + family + " with " + std::to_string(phases) + " phases: at most " +
+                           std::to_string(kMaxPhases) + " are supported.");
 }
 
 double mean(const std::vector<double>& data) {
@@ -220,8 +219,8 @@ Dist* fitErlang(const std::vector<double>& data, unsigned phases) {
         const double cv2 = centralSquare(data, m) / (m * m);
         const double k = std::round(1 / cv2);
         if (k > kMaxPhases)
-            fail(__LINE__, "Cannot fit erlang: the data's 1/cv^2 = " + number(1 / cv2) +
-                               " asks for more than 13 phases, beyond the factorial's exact 32-bit range.");
+            fail(__LINE__, "Cannot fit erlang: the data's 1/cv^2 = " + number(1 / cv2) + " asks for more than " +
+                               std::to_string(kMaxPhases) + " phases.");
         phases = k < 1 ? 1 : static_cast<unsigned>(k);
     }
     return new Erlang(phases, phases / m);
@@ -352,56 +351,79 @@ Range check_values(const std::vector<double>& data, const std::string& family, b
     return r;
 }
 
-Dist* fit_distribution(const std::string& family, const std::vector<double>& data, unsigned phases) {
-    dist_type type;
+namespace {
+
+// The estimator of a family from values: whether its values may be
+// negative (beta checks its own interval), whether it needs positive values
+// (its density is 0 at 0), and the fit once the values passed the checks.
+struct Estimator {
+    const char* family;
+    bool signedValues;
+    bool positive;
+    Dist* (*fit)(const std::vector<double>& data, const Range& r, unsigned phases);
+};
+
+const Estimator kEstimators[] = {
+    {"deterministic", true, false,
+     [](const std::vector<double>&, const Range& r, unsigned) -> Dist* {
+         if (r.min != r.max)
+             fail(__LINE__, "Cannot fit deterministic to data that vary (from " + number(r.min) + " to " +
+                                number(r.max) + ").");
+         return new Deterministic(r.min);
+     }},
+    {"uniform", false, false, [](const std::vector<double>&, const Range& r, unsigned) { return fitUniform(r); }},
+    {"exponential", false, false, [](const std::vector<double>& d, const Range&, unsigned) { return fitExponential(d); }},
+    {"normal", true, false, [](const std::vector<double>& d, const Range&, unsigned) { return fitNormal(d); }},
+    {"lognormal", false, true, [](const std::vector<double>& d, const Range&, unsigned) { return fitLognormal(d); }},
+    {"erlang", false, false,
+     [](const std::vector<double>& d, const Range&, unsigned phases) {
+         if (phases > 0) requirePhases(phases, "erlang");
+         return fitErlang(d, phases);
+     }},
+    {"hyperexponential", false, false,
+     [](const std::vector<double>& d, const Range&, unsigned) { return fitHyperExponential(d); }},
+    {"hypoexponential", false, false,
+     [](const std::vector<double>& d, const Range&, unsigned) { return fitHypoExponential(d); }},
+    {"hypererlang", false, false,
+     [](const std::vector<double>& d, const Range&, unsigned phases) -> Dist* {
+         requirePhases(phases, "hypererlang");
+         return fit_hypererlang(d, phases).release();
+     }},
+    {"weibull", false, true, [](const std::vector<double>& d, const Range&, unsigned) { return fitWeibull(d); }},
+    {"gamma", false, true, [](const std::vector<double>& d, const Range&, unsigned) { return fitGamma(d); }},
+    {"beta", true, false, [](const std::vector<double>& d, const Range& r, unsigned) { return fitBeta(d, r); }},
+    {"pearsonV", false, true, [](const std::vector<double>& d, const Range&, unsigned) { return fitPearsonV(d); }},
+    {"geometric", false, false, [](const std::vector<double>& d, const Range&, unsigned) { return fitGeometric(d); }},
+    {"triangular", true, false, [](const std::vector<double>& d, const Range& r, unsigned) { return fitTriangular(d, r); }},
+    {"chisquare", false, true, [](const std::vector<double>& d, const Range&, unsigned) { return fitChiSquare(d); }},
+};
+
+// Families of the registry that values cannot determine, with the reason.
+const std::pair<const char*, const char*> kRefusals[] = {
+    {"johnson", "Cannot fit johnson: fitting the Johnson system from data is not offered; choose its "
+                "four parameters from the data's moments by hand."},
+    {"pearsonVI", "Cannot fit pearsonVI: its three parameters have no one-dimensional likelihood equation, "
+                  "and fitting it from data is not offered."},
+    {"hypogeometric", "Cannot fit hypogeometric: the family has no probability function, so there is no "
+                      "likelihood to maximise."},
+};
+
+}  // namespace
+
+std::unique_ptr<Dist> fit_distribution(const std::string& family, const std::vector<double>& data, unsigned phases) {
     try {
-        type = Dist::getDistType(family);
+        Dist::getDistType(family);
     } catch (Exception&) {
         fail(__LINE__, "Unknown distribution family '" + family + "'.");
     }
-    switch (type) {
-        case DIST_JOHNSON:
-            fail(__LINE__, "Cannot fit johnson: fitting the Johnson system from data is not offered; choose its "
-                           "four parameters from the data's moments by hand.");
-        case DIST_PEARSONVI:
-            fail(__LINE__, "Cannot fit pearsonVI: its three parameters have no one-dimensional likelihood equation, "
-                           "and fitting it from data is not offered.");
-        case DIST_HYPOGEOMETRIC:
-            fail(__LINE__, "Cannot fit hypogeometric: the family has no probability function, so there is no "
-                           "likelihood to maximise.");
-        default:
-            break;
-    }
-    // Beta checks its own interval; the others here have no lower bound.
-    const bool signedFamily =
-        type == DIST_NORMAL || type == DIST_DETERMINISTIC || type == DIST_TRIANGULAR || type == DIST_BETA;
-    const Range r = check_values(data, family, !signedFamily);
-    if (type == DIST_DETERMINISTIC) {
-        if (r.min != r.max)
-            fail(__LINE__, "Cannot fit deterministic to data that vary (from " + number(r.min) + " to " +
-                               number(r.max) + ").");
-        return new Deterministic(r.min);
-    }
-    requireSpread(r, family);
-    switch (type) {
-        case DIST_UNIFORM: return fitUniform(r);
-        case DIST_EXPONENTIAL: return fitExponential(data);
-        case DIST_NORMAL: return fitNormal(data);
-        case DIST_LOGNORMAL: requirePositive(r, family); return fitLognormal(data);
-        case DIST_ERLANG:
-            if (phases > 0) requirePhases(phases, family);
-            return fitErlang(data, phases);
-        case DIST_HYPEREXPONENTIAL: return fitHyperExponential(data);
-        case DIST_HYPOEXPONENTIAL: return fitHypoExponential(data);
-        case DIST_HYPERERLANG: requirePhases(phases, family); return fit_hypererlang(data, phases);
-        case DIST_WEIBULL: requirePositive(r, family); return fitWeibull(data);
-        case DIST_GAMMA: requirePositive(r, family); return fitGamma(data);
-        case DIST_BETA: return fitBeta(data, r);
-        case DIST_PEARSONV: requirePositive(r, family); return fitPearsonV(data);
-        case DIST_GEOMETRIC: return fitGeometric(data);
-        case DIST_TRIANGULAR: return fitTriangular(data, r);
-        case DIST_CHISQUARE: requirePositive(r, family); return fitChiSquare(data);
-        default: break;
+    for (const auto& refusal : kRefusals)
+        if (family == refusal.first) fail(__LINE__, refusal.second);
+    for (const Estimator& e : kEstimators) {
+        if (family != e.family) continue;
+        const Range r = check_values(data, family, !e.signedValues);
+        if (family != "deterministic") requireSpread(r, family);
+        if (e.positive) requirePositive(r, family);
+        return std::unique_ptr<Dist>(e.fit(data, r, phases));
     }
     fail(__LINE__, "Cannot fit " + family + ".");
 }

@@ -18,6 +18,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,9 +30,9 @@ class HyperErlang;
 
 namespace distfit {
 
-// A hyper-Erlang branch of more phases than this would evaluate through
-// fac(phases - 1) beyond its exact 32-bit range in the family's formulas.
-const unsigned kMaxPhases = 13;
+// The largest total phase count fitted. The fitters evaluate every family
+// through its exact view, so no factorial limits the phases.
+const unsigned kMaxPhases = 64;
 
 // How the hyper-Erlang EM went, for the structure it kept and over all.
 struct EMReport {
@@ -65,19 +66,32 @@ struct Range {
 Range check_values(const std::vector<double>& data, const std::string& family, bool nonNegative);
 
 // A new Dist of the named family (the registry's type name), fitted to
-// `data`; the caller owns it. `phases` is the total phase count of a
-// hyper-Erlang (1..13, required) and, when not 0, the fixed phase count of
-// an Erlang (otherwise 1/cv^2, rounded). Other families ignore it.
-Dist* fit_distribution(const std::string& family, const std::vector<double>& data, unsigned phases = 0);
+// `data`. `phases` is the total phase count of a hyper-Erlang (1..kMaxPhases,
+// required) and, when not 0, the fixed phase count of an Erlang (otherwise
+// 1/cv^2, rounded). Other families ignore it.
+std::unique_ptr<Dist> fit_distribution(const std::string& family, const std::vector<double>& data,
+                                       unsigned phases = 0);
 
-// The best hyper-Erlang of `phases` total phases (1..13): EM for every
-// partition of `phases` into branch phase counts, from a deterministic
-// start, the one of highest log-likelihood kept. Caller-owned. A kept
+// The best hyper-Erlang of `phases` total phases (1..kMaxPhases). Up to 13
+// phases (101 partitions) EM runs for every partition of `phases` into
+// branch phase counts; beyond, the structure grows one phase at a time from
+// the best of 8 (every partition): each branch one phase longer, or a new one-phase branch,
+// each continuing from the previous parameters, the best kept (so the search
+// costs a few EM runs per phase instead of thousands of partitions). Every
+// structure starts several times (orderings of its branches over two
+// spreads of quantiles), and a fit whose branches collapse into identical
+// ones (or lose all weight) is kept only when no structure avoids it. A kept
 // structure that did not converge is reported through the warning channel
 // and in `report`, which may be null.
-HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases);
-HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases, EMReport* report,
-                             const EMOptions& options = EMOptions());
+std::unique_ptr<HyperErlang> fit_hypererlang(const std::vector<double>& data, unsigned phases);
+std::unique_ptr<HyperErlang> fit_hypererlang(const std::vector<double>& data, unsigned phases, EMReport* report,
+                                             const EMOptions& options = EMOptions());
+// The best fits of every order 1..phases in one search, as the choice among
+// orders needs them: up to 13 phases each order as fit_hypererlang finds it;
+// beyond, orders up to 8 over every partition and the others grown one from
+// the other.
+std::vector<std::unique_ptr<HyperErlang>> fit_hypererlang_orders(const std::vector<double>& data, unsigned phases,
+                                                                 const EMOptions& options = EMOptions());
 
 // How well a distribution describes data. The log-likelihood, the
 // Kolmogorov-Smirnov distance and the model moments are those of the exact
@@ -139,7 +153,7 @@ struct Selection {
 };
 
 // Fits every named family (a hyper-Erlang once for each of 1..maxPhases
-// phases) and keeps the one of lowest AIC. A family that refuses the data is
+// phases, by fit_hypererlang_orders) and keeps the one of lowest AIC. A family that refuses the data is
 // recorded with its reason and skipped; when none can be fitted, or the data
 // themselves are refused, it throws. An unknown family name throws.
 Selection best_family(const std::vector<double>& data, const std::vector<std::string>& candidates,

@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <sstream>
 
 #include "core/libvelmora_settings.h"
@@ -125,17 +126,18 @@ struct Work {
     }
 };
 
-// The deterministic start: equal probabilities, and branch i's mean at the
-// weighted quantile (i + 1/2)/m of the points (the whole mean where that
-// quantile is 0), so the branches start spread over the data.
-void start(const Points& pts, double total, double mean, Fit& f) {
+// A deterministic start: equal probabilities, and branch i's mean at the
+// weighted quantile (i + offset)/(m - 1 + 2 offset) of the points (the whole
+// mean where that quantile is 0), so the branches start spread over the data;
+// offset 1/2 gives the quantiles (i + 1/2)/m, offset 1 (i + 1)/(m + 1).
+void start(const Points& pts, double total, double mean, double offset, Fit& f) {
     const std::size_t m = f.phases.size();
     f.probabilities.assign(m, 1.0 / static_cast<double>(m));
     f.rates.assign(m, 0);
     double cum = 0;
     std::size_t j = 0;
     for (std::size_t i = 0; i < m; ++i) {
-        const double target = (static_cast<double>(i) + 0.5) / static_cast<double>(m) * total;
+        const double target = (static_cast<double>(i) + offset) / (static_cast<double>(m) - 1 + 2 * offset) * total;
         while (j + 1 < pts.x.size() && cum + pts.weight[j] < target) cum += pts.weight[j++];
         const double q = pts.x[j] > 0 ? pts.x[j] : mean;
         f.rates[i] = f.phases[i] / q;
@@ -240,64 +242,165 @@ double fullLogLikelihood(const std::vector<double>& data, const Fit& f) {
     return ll;
 }
 
-}  // namespace
-
-HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases) {
-    return fit_hypererlang(data, phases, nullptr);
+// A fit whose branches collapse is a smaller structure in disguise: a branch
+// without weight, or two branches of equal phases whose rates agree to 1e-3.
+bool collapsed(const Fit& f) {
+    for (std::size_t i = 0; i < f.phases.size(); ++i) {
+        if (!(f.probabilities[i] > 1e-9)) return true;
+        for (std::size_t j = i + 1; j < f.phases.size(); ++j)
+            if (f.phases[i] == f.phases[j] && std::fabs(f.rates[i] - f.rates[j]) <= 1e-3 * std::max(f.rates[i], f.rates[j]))
+                return true;
+    }
+    return false;
 }
 
-HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases, EMReport* report,
-                             const EMOptions& options) {
-    const std::string family = "hypererlang";
+// Whether a is a better fit to keep than b: a collapsed fit only over
+// another collapsed one or none.
+bool better(const Fit& a, const Fit& b) {
+    if (b.phases.empty()) return true;
+    const bool ca = collapsed(a), cb = collapsed(b);
+    if (ca != cb) return cb;
+    return a.logLikelihood > b.logLikelihood;
+}
+
+struct Search {
+    const Points& pts;
+    const EMOptions& options;
+    double total = 0, mean = 0;
+    unsigned structures = 0, unconverged = 0;
+    Work work;
+
+    Search(const Points& p, const EMOptions& o) : pts(p), options(o) {
+        double sum = 0;
+        for (std::size_t j = 0; j < pts.x.size(); ++j) {
+            total += pts.weight[j];
+            sum += pts.weight[j] * pts.x[j];
+        }
+        mean = sum / total;
+    }
+
+    void finish(Fit& lead) {
+        if (!lead.converged) runEM(pts, options.maxIterations, options.tolerance, lead, work);
+        if (!lead.converged && lead.logLikelihood != kMinusInf) ++unconverged;
+        ++structures;
+    }
+
+    // One structure from several starts: the orderings of its phase counts
+    // over two spreads of quantiles compete for a few iterations, and the
+    // leader, preferring fits that don't collapse, goes on to convergence.
+    Fit fromStarts(const std::vector<unsigned>& s) {
+        std::vector<unsigned> order(s.rbegin(), s.rend());
+        work.resize(s.size());
+        const unsigned warmUp = std::min(kWarmUp, options.maxIterations);
+        Fit f, lead;
+        unsigned tried = 0;
+        do {
+            for (double offset : {0.5, 1.0, 0.1}) {
+                f.phases = order;
+                f.iterations = 0;
+                f.converged = false;
+                start(pts, total, mean, offset, f);
+                runEM(pts, warmUp, options.tolerance, f, work);
+                if (lead.phases.empty() || better(f, lead)) lead = f;
+                if (s.size() == 1) break;
+            }
+        } while (++tried < kOrderings && std::next_permutation(order.begin(), order.end()));
+        finish(lead);
+        return lead;
+    }
+
+    // Every partition of n phases into branches.
+    Fit everyPartition(unsigned n) {
+        std::vector<std::vector<unsigned>> all;
+        std::vector<unsigned> prefix;
+        partitions(n, n, prefix, all);
+        Fit best;
+        for (const auto& s : all) {
+            Fit lead = fromStarts(s);
+            if (better(lead, best)) best = lead;
+        }
+        return best;
+    }
+
+    // The structures one phase larger than `from`: each branch one phase
+    // longer at the same mean, or a new one-phase branch at the mean taking
+    // a tenth of the weight; each continues from `from`'s parameters, and a
+    // fresh multi-start of the same structures competes as well.
+    Fit grown(const Fit& from) {
+        Fit best;
+        const std::size_t m = from.phases.size();
+        for (std::size_t i = 0; i <= m; ++i) {
+            Fit f = from;
+            if (i < m) {
+                f.rates[i] *= (f.phases[i] + 1.0) / f.phases[i];
+                f.phases[i] += 1;
+            } else {
+                for (double& p : f.probabilities) p *= 0.9;
+                f.phases.push_back(1);
+                f.rates.push_back(1 / mean);
+                f.probabilities.push_back(0.1);
+            }
+            f.iterations = 0;
+            f.converged = false;
+            work.resize(f.phases.size());
+            runEM(pts, options.maxIterations, options.tolerance, f, work);
+            if (!f.converged && f.logLikelihood != kMinusInf) ++unconverged;
+            ++structures;
+            if (better(f, best)) best = f;
+        }
+        return best;
+    }
+};
+
+// The largest order searched over every partition when one order is asked
+// for: 13 has 101 of them; the counts grow fast beyond (32 has 8349). When
+// every order up to a limit is asked for, the orders beyond kOrdersFullSearch
+// grow from the one before, which keeps the choice among 32 orders within
+// seconds.
+const unsigned kFullSearch = 13;
+const unsigned kOrdersFullSearch = 8;
+
+HyperErlang* toDist(const Fit& f) { return new HyperErlang(f.phases, f.rates, f.probabilities); }
+
+void checkRequest(const std::vector<double>& data, unsigned phases, const EMOptions& options) {
     if (phases == 0) throw Exception("distfit", __LINE__, "Cannot fit hypererlang: the number of phases must be at least 1.");
     if (phases > kMaxPhases)
         throw Exception("distfit", __LINE__,
-                        "Cannot fit hypererlang with " + std::to_string(phases) +
-                            " phases: at most 13 are supported, since the family's formulas use the factorial in "
-                            "32-bit arithmetic, exact only up to 12!.");
+                        "Cannot fit hypererlang with " + std::to_string(phases) + " phases: at most " +
+                            std::to_string(kMaxPhases) + " are supported.");
     if (options.maxIterations == 0 || options.bins == 0 || !(options.tolerance >= 0))
         throw Exception("distfit", __LINE__, "Invalid EM options: iterations and bins must be positive, the tolerance not negative.");
-    const Range r = check_values(data, family, true);
+    const Range r = check_values(data, "hypererlang", true);
     if (r.min == r.max)
         throw Exception("distfit", __LINE__, "Cannot fit hypererlang to constant data; only the deterministic "
                                              "family fits such data.");
+}
 
-    const Points pts = aggregate(data, options.bins);
-    double total = 0, sum = 0;
-    for (std::size_t j = 0; j < pts.x.size(); ++j) {
-        total += pts.weight[j];
-        sum += pts.weight[j] * pts.x[j];
+// The best fit of every order 1..phases, in order.
+std::vector<Fit> fitOrders(unsigned phases, Search& search) {
+    std::vector<Fit> fits;
+    const unsigned full = phases <= kFullSearch ? phases : kOrdersFullSearch;
+    for (unsigned n = 1; n <= phases; ++n) {
+        if (n <= full) {
+            Fit best = search.everyPartition(n);
+            // The grown structures start where the fresh starts rarely go:
+            // from a fit that already separates its branches.
+            if (n > 1) {
+                Fit g = search.grown(fits.back());
+                if (better(g, best)) best = g;
+            }
+            fits.push_back(best);
+        } else {
+            fits.push_back(search.grown(fits.back()));
+        }
     }
-    std::vector<std::vector<unsigned>> structures;
-    std::vector<unsigned> prefix;
-    partitions(phases, phases, prefix, structures);
+    return fits;
+}
 
-    Fit best, f, lead;
-    Work work;
-    unsigned unconverged = 0;
-    const unsigned warmUp = std::min(kWarmUp, options.maxIterations);
-    for (const auto& s : structures) {
-        // Which branch starts at which quantile decides the optimum EM
-        // reaches, so the orderings of the branch phase counts compete for
-        // a few iterations and the leader goes on to convergence.
-        std::vector<unsigned> order(s.rbegin(), s.rend());
-        work.resize(s.size());
-        unsigned tried = 0;
-        do {
-            f.phases = order;
-            f.iterations = 0;
-            f.converged = false;
-            start(pts, total, sum / total, f);
-            runEM(pts, warmUp, options.tolerance, f, work);
-            if (tried == 0 || f.logLikelihood > lead.logLikelihood) lead = f;
-        } while (++tried < kOrderings && std::next_permutation(order.begin(), order.end()));
-        if (!lead.converged) runEM(pts, options.maxIterations, options.tolerance, lead, work);
-        if (!lead.converged && lead.logLikelihood != kMinusInf) ++unconverged;
-        if (best.phases.empty() || lead.logLikelihood > best.logLikelihood) best = lead;
-    }
+std::unique_ptr<HyperErlang> finishFit(const std::vector<double>& data, const Fit& best, const Search& search,
+                                       EMReport* report) {
     if (best.logLikelihood == kMinusInf)
         throw Exception("distfit", __LINE__, "Cannot fit hypererlang: no structure has a positive density at every value.");
-
     const double ll = fullLogLikelihood(data, best);
     if (!best.converged) {
         std::ostringstream s;
@@ -310,11 +413,35 @@ HyperErlang* fit_hypererlang(const std::vector<double>& data, unsigned phases, E
         report->logLikelihood = ll;
         report->iterations = best.iterations;
         report->converged = best.converged;
-        report->structures = static_cast<unsigned>(structures.size());
-        report->unconverged = unconverged;
-        report->bins = pts.x.size();
+        report->structures = search.structures;
+        report->unconverged = search.unconverged;
+        report->bins = search.pts.x.size();
     }
-    return new HyperErlang(best.phases, best.rates, best.probabilities);
+    return std::unique_ptr<HyperErlang>(toDist(best));
+}
+
+}  // namespace
+
+std::unique_ptr<HyperErlang> fit_hypererlang(const std::vector<double>& data, unsigned phases) {
+    return fit_hypererlang(data, phases, nullptr);
+}
+
+std::unique_ptr<HyperErlang> fit_hypererlang(const std::vector<double>& data, unsigned phases, EMReport* report,
+                                             const EMOptions& options) {
+    checkRequest(data, phases, options);
+    const Points pts = aggregate(data, options.bins);
+    Search search(pts, options);
+    return finishFit(data, fitOrders(phases, search).back(), search, report);
+}
+
+std::vector<std::unique_ptr<HyperErlang>> fit_hypererlang_orders(const std::vector<double>& data, unsigned phases,
+                                                                 const EMOptions& options) {
+    checkRequest(data, phases, options);
+    const Points pts = aggregate(data, options.bins);
+    Search search(pts, options);
+    std::vector<std::unique_ptr<HyperErlang>> result;
+    for (const Fit& f : fitOrders(phases, search)) result.push_back(finishFit(data, f, search, nullptr));
+    return result;
 }
 
 }  // namespace distfit

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "core/libvelmora_settings.h"
@@ -125,6 +126,12 @@ map_markovian_rep mapfit_fit_autocorrelation(Matrix T, Vector tau, std::vector<d
     for (double r : autocorrelations)
         if (!std::isfinite(r)) fail(__LINE__, "Invalid autocorrelations for MAP fitting.");
 
+    // The search runs over all n^2 entries of D1 and solves a linear program
+    // of that size per step: some 10 s at 25 phases, and growing as n^6.
+    if (T.getNumberRows() > kMaxMapFitOrder)
+        throw Exception("mepfit", __LINE__,
+                        "The MAP fit takes marginals of at most " + std::to_string(kMaxMapFitOrder) +
+                            " phases; this one has " + std::to_string(T.getNumberRows()) + ".");
     std::unique_ptr<Matrix> P(mapfit_construct_matrix_nm(T, tau));
     libvelmora_debugmsg("Matrix pm:");
     libvelmora_debugmsg(P->toString(10));

@@ -39,12 +39,16 @@ namespace mapfit {
 // The fit with all weights 1.
 map_markovian_rep mapfit_fit_autocorrelation(Matrix T, Vector tau, std::vector<double> autocorrelations);
 
+// The largest order of T that the fit below takes.
+const unsigned kMaxMapFitOrder = 25;
+
 // D0 = T and the best D1 of a Nelder-Mead search (at most 10000 evaluations)
 // for the autocorrelations at lags 1, 2, ... with one non-negative weight per
 // lag. The start polytope and its text go out as debug lines. Throws for lists
 // of different lengths ("Different dimensions for weights and lags."), for
-// negative or non-finite weights, non-finite targets, and the faults of T and
-// tau listed at mapfit_construct_matrix_nm.
+// negative or non-finite weights, non-finite targets, an order above
+// kMaxMapFitOrder, and the faults of T and tau listed at
+// mapfit_construct_matrix_nm.
 map_markovian_rep mapfit_fit_autocorrelation(Matrix T, Vector tau, std::vector<double> autocorrelations,
                                              std::vector<double> weights);
 

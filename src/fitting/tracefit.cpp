@@ -19,10 +19,13 @@
 #include "distributions/dist_hyperexponential.h"
 #include "distributions/dist_hypoexponential.h"
 #include "distributions/dist_load.h"
+#include "distributions/dist_process.h"
 #include "fitting/arta_capp_fit.h"
 #include "fitting/artafit.h"
 #include "fitting/cappfit.h"
+#include "fitting/mapem.h"
 #include "fitting/mepfit.h"
+#include "fitting/modelchoice.h"
 #include "markov/capp.h"
 #include "markov/chep.h"
 #include "markov/cph.h"
@@ -39,7 +42,8 @@ namespace {
 
 [[noreturn]] void fail(int line, const std::string& message) { throw Exception("tracefit", line, message); }
 
-const char* const kModelNames[] = {"auto", "arta", "capp", "chep", "map"};
+const char* const kModelNames[] = {"auto", "arta", "capp", "chep", "map", "arta-acf", "map-acf", "mmap"};
+const unsigned kModelCount = sizeof kModelNames / sizeof kModelNames[0];
 
 bool endsWithXml(const std::string& s) {
     if (s.size() < 4) return false;
@@ -81,27 +85,13 @@ TraceFitMarginal marginalFromFile(const std::string& file, const std::vector<dou
 
 CPH chainOf(const CPH& c) { return CPH(c.getT(), c.getTau()); }
 
-// The hyper-Erlang that an exponential, Erlang or hyper-exponential
-// marginal is; null for the other families.
+// The hyper-Erlang that a mixture of Erlang branches (exponential, Erlang,
+// hyper-exponential, hyper-Erlang) is; null for the other families.
 std::unique_ptr<HyperErlang> asHyperErlang(Dist* d) {
-    switch (d->getType()) {
-        case DIST_EXPONENTIAL:
-            return std::make_unique<HyperErlang>(std::vector<unsigned>{1},
-                                                 std::vector<double>{static_cast<Exponential*>(d)->getRate()},
-                                                 std::vector<double>{1.0});
-        case DIST_ERLANG: {
-            Erlang* e = static_cast<Erlang*>(d);
-            return std::make_unique<HyperErlang>(std::vector<unsigned>{e->getPhases()},
-                                                 std::vector<double>{e->getRate()}, std::vector<double>{1.0});
-        }
-        case DIST_HYPEREXPONENTIAL: {
-            HyperExponential* h = static_cast<HyperExponential*>(d);
-            return std::make_unique<HyperErlang>(std::vector<unsigned>(h->getPhases(), 1), h->getRates(),
-                                                 h->getProbabilities());
-        }
-        default:
-            return nullptr;
-    }
+    std::vector<unsigned> phases;
+    std::vector<double> rates, probabilities;
+    if (!d->erlangBranches(phases, rates, probabilities)) return nullptr;
+    return std::make_unique<HyperErlang>(phases, rates, probabilities);
 }
 
 // The marginal as (T, tau), for the model named in a refusal.
@@ -109,12 +99,7 @@ CPH phaseTypeFor(const TraceFitMarginal& m, const std::string& model) {
     if (m.ph) return chainOf(*m.ph);
     if (!m.dist) fail(__LINE__, "No marginal distribution.");
     Dist* d = m.dist.get();
-    switch (d->getType()) {
-        case DIST_ERLANG: return chainOf(static_cast<Erlang*>(d)->asCPH());
-        case DIST_HYPOEXPONENTIAL: return chainOf(static_cast<HypoExponential*>(d)->asCPH());
-        case DIST_HYPERERLANG: return chainOf(static_cast<HyperErlang*>(d)->asCPH());
-        default: break;
-    }
+    if (auto* hypo = dynamic_cast<HypoExponential*>(d)) return chainOf(hypo->asCPH());
     std::unique_ptr<HyperErlang> h = asHyperErlang(d);
     if (h) return chainOf(h->asCPH());
     fail(__LINE__, "Model " + model + " needs a phase-type marginal (exponential, erlang, hypoexponential, "
@@ -169,14 +154,14 @@ void checkMoments(const std::vector<double>& data) {
 }  // namespace
 
 tracefit_model tracefit_model_from_name(const std::string& name) {
-    for (unsigned i = 0; i < 5; ++i)
+    for (unsigned i = 0; i < kModelCount; ++i)
         if (tolower(name) == kModelNames[i]) return static_cast<tracefit_model>(i);
-    fail(__LINE__, "Unknown model class '" + name + "' (choose auto, arta, capp, chep or map).");
+    fail(__LINE__, "Unknown model class '" + name + "' (choose auto, arta, capp, chep, map, arta-acf, map-acf or mmap).");
 }
 
 std::string tracefit_model_name(tracefit_model m) {
     const unsigned i = static_cast<unsigned>(m);
-    if (i >= 5) fail(__LINE__, "Unknown model class.");
+    if (i >= kModelCount) fail(__LINE__, "Unknown model class.");
     return kModelNames[i];
 }
 
@@ -233,7 +218,7 @@ TraceFitMarginal tracefit_marginal(const std::vector<double>& data, const std::s
         m.candidates = std::move(s.candidates);
         m.dist = std::move(s.best);
     } else {
-        m.dist = std::unique_ptr<Dist>(distfit::fit_distribution(family, data, 0));
+        m.dist = distfit::fit_distribution(family, data, 0);
         m.assessment = distfit::assess(m.dist.get(), data);
     }
     normaliseMixture(m.dist.get());
@@ -313,13 +298,50 @@ std::unique_ptr<Process> handOver(std::unique_ptr<T>& marginal, Fit&& fit) {
     return result;
 }
 
+std::unique_ptr<Process> correlationFit(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                        const TraceFitOrders& o);
+
 }  // namespace
 
+namespace {
+
+// The marginal as a distribution family, taken out of m: a ph model only of
+// order 1, as an exponential; `model` names the class that needs it.
+std::unique_ptr<Dist> familyOf(TraceFitMarginal& m, const std::string& model) {
+    if (m.ph && m.ph->getOrder() != 1)
+        fail(__LINE__, "Model " + model + " needs a distribution family as marginal, not a ph model of order " +
+                           std::to_string(m.ph->getOrder()) + ".");
+    std::unique_ptr<Dist> d = m.ph ? std::make_unique<Exponential>(-m.ph->getT()(0, 0)) : std::move(m.dist);
+    m.ph.reset();
+    return d;
+}
+
+}  // namespace
+
+// The fitted models are exact-mode models: their marginal is fitted and
+// transformed with the exact forms, and they are written with 17 significant
+// digits, so the file runs in sylvar as fitted.
 std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_model model, Trace* t,
                                               const TraceFitOrders& o) {
+    if (m.dist) m.dist->setExact(true);
+    std::unique_ptr<Process> result = correlationFit(m, model, t, o);
+    if (result) result->setExactNumerics(true);
+    return result;
+}
+
+namespace {
+
+std::unique_ptr<Process> correlationFit(TraceFitMarginal& m, tracefit_model model, Trace* t,
+                                        const TraceFitOrders& o) {
     if (t == nullptr) fail(__LINE__, "No trace.");
     if (!m.dist && !m.ph) fail(__LINE__, "No marginal distribution.");
+    if (model == TRACEFIT_ARTA_ACF) model = TRACEFIT_ARTA;
+    if (model == TRACEFIT_MAP_ACF) model = TRACEFIT_MAP;
     switch (model) {
+        case TRACEFIT_ARTA_ACF:
+        case TRACEFIT_MAP_ACF:
+        case TRACEFIT_MMAP:
+            fail(__LINE__, "Model mmap is fitted by likelihood from a multi-class trace (tracefit).");
         case TRACEFIT_AUTO:
             if (m.dist)
                 return handOver(m.dist, [&](Dist* d) {
@@ -329,10 +351,7 @@ std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_mode
                 return fit_arta_chep_capp(c, t, o.lags, o.pMin, o.pMax, o.qMin, o.qMax);
             });
         case TRACEFIT_ARTA: {
-            if (m.ph && m.ph->getOrder() != 1)
-                fail(__LINE__, "Model arta needs a distribution family as marginal, not a ph model of order " +
-                                   std::to_string(m.ph->getOrder()) + ".");
-            std::unique_ptr<Dist> d = m.ph ? std::make_unique<Exponential>(-m.ph->getT()(0, 0)) : std::move(m.dist);
+            std::unique_ptr<Dist> d = familyOf(m, "arta");
             std::unique_ptr<Process> result = handOver(d, [&](Dist* marginal) {
                 return ARTAFit(t, marginal, o.lags, o.pMin, o.pMax, o.qMin, o.qMax).fit_arta_model();
             });
@@ -378,9 +397,17 @@ std::unique_ptr<Process> tracefit_correlation(TraceFitMarginal& m, tracefit_mode
     fail(__LINE__, "Unknown model class.");
 }
 
+}  // namespace
+
 std::string tracefit_model_class(Process* model) {
     if (model == nullptr) return "none";
     if (chep* c = dynamic_cast<chep*>(model)) return c->getType() == CHEP_TYPE_1 ? "CHEP type 1" : "CHEP type 2";
+    if (dynamic_cast<DistProcess*>(model) != nullptr) return "renewal model (independent values of the marginal)";
+    if (auto* marked = dynamic_cast<mapem::MarkedMAP*>(model)) {
+        std::string names;
+        for (const std::string& n : marked->getClassNames()) names += " " + n;
+        return "marked MAP of order " + std::to_string(marked->getOrder()) + ", classes" + names;
+    }
     if (MEP* e = dynamic_cast<MEP*>(model))
         return model->getProcessTypeString() + " of order " + std::to_string(e->getOrder());
     return model->getProcessTypeString();
@@ -419,6 +446,81 @@ TraceFitResult::TraceFitResult(TraceFitResult&&) noexcept = default;
 TraceFitResult& TraceFitResult::operator=(TraceFitResult&&) noexcept = default;
 TraceFitResult::~TraceFitResult() = default;
 
+namespace {
+
+// The candidates of a MAP fit by EM: every order tried, the chosen by AIC.
+void mapCandidates(const std::vector<mapem::Result>& orders, const mapem::Result& kept, TraceFitResult& r) {
+    for (std::size_t i = 0; i < orders.size(); ++i) {
+        r.likelihoodCandidates.push_back(modelchoice::map_candidate(orders[i]));
+        if (orders[i].aic == kept.aic && orders[i].structure == kept.structure) r.likelihoodChosen = i;
+    }
+    if (orders.empty()) r.likelihoodCandidates.push_back(modelchoice::map_candidate(kept));
+    r.likelihoodCriterion = "AIC";
+}
+
+// The fits by likelihood: AUTO, ARTA, MAP and MMAP.
+void fitByLikelihood(TraceFitMarginal& marginal, const TraceFitRequest& request, const std::vector<double>& data,
+                     TraceFitResult& r) {
+    const TraceFitOrders& o = request.orders;
+    const modelchoice::Orders orders{o.pMin, o.pMax, o.qMin, o.qMax};
+    const unsigned marginalParameters = r.assessment.parameters;
+    switch (request.model) {
+        case TRACEFIT_AUTO: {
+            std::unique_ptr<Dist> d = familyOf(marginal, "auto");
+            modelchoice::Choice choice =
+                modelchoice::choose(std::move(d), marginalParameters, data, orders,
+                                    request.mapOrder > 0 ? request.mapOrder : request.phases);
+            r.model = std::move(choice.model);
+            r.likelihoodCandidates = std::move(choice.candidates);
+            r.likelihoodChosen = choice.chosen;
+            r.likelihoodCriterion = "BIC";
+            r.jointLogLikelihood = choice.logLikelihood;
+            return;
+        }
+        case TRACEFIT_ARTA: {
+            std::unique_ptr<Dist> d = familyOf(marginal, "arta");
+            modelchoice::ArtaBase fit = modelchoice::fit_arta_base(d.get(), marginalParameters, data, orders);
+            for (std::size_t i = 0; i < fit.table.size(); ++i) {
+                modelchoice::Candidate c;
+                c.name = "ARTA";
+                c.detail = "ARMA(" + std::to_string(fit.table[i].p) + ", " + std::to_string(fit.table[i].q) + ") base";
+                c.fitted = fit.table[i].fitted;
+                // The orders compare on the scores: the marginal's part is the same for all.
+                c.logLikelihood = fit.table[i].logLikelihood - fit.base.logLikelihood + fit.candidate.logLikelihood;
+                c.parameters = marginalParameters + fit.table[i].p + fit.table[i].q;
+                modelchoice::complete(c, data.size());
+                if (fit.table[i].p == fit.base.p && fit.table[i].q == fit.base.q) r.likelihoodChosen = i;
+                r.likelihoodCandidates.push_back(c);
+            }
+            r.likelihoodCriterion = "AIC";
+            r.jointLogLikelihood = fit.candidate.logLikelihood;
+            r.model = modelchoice::make_arta(std::move(d), fit.base);
+            return;
+        }
+        case TRACEFIT_MAP:
+        case TRACEFIT_MMAP: {
+            std::vector<mapem::Result> all;
+            mapem::Result kept;
+            if (request.model == TRACEFIT_MAP) {
+                kept = request.mapOrder > 0 ? mapem::fit_map(data, request.mapOrder)
+                                            : mapem::fit_map_by_aic(data, request.phases, mapem::Options(), &all);
+            } else {
+                const mapem::MarkedValues marked{data, request.classOf, request.classNames};
+                kept = request.mapOrder > 0 ? mapem::fit_mmap(marked, request.mapOrder)
+                                            : mapem::fit_mmap_by_aic(marked, request.phases, mapem::Options(), &all);
+            }
+            mapCandidates(all, kept, r);
+            r.jointLogLikelihood = kept.logLikelihood;
+            r.model = std::move(kept.map);
+            return;
+        }
+        default:
+            fail(__LINE__, "Not a fit by likelihood.");
+    }
+}
+
+}  // namespace
+
 TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
                         const std::function<void(const std::string&)>& stage) {
     const unsigned lags = request.orders.lags;
@@ -439,19 +541,33 @@ TraceFitResult tracefit(Trace& trace, const TraceFitRequest& request,
     r.candidates = std::move(marginal.candidates);
 
     if (stage) stage("correlation");
-    r.model = tracefit_correlation(marginal, request.model, &trace, request.orders);
+    switch (request.model) {
+        case TRACEFIT_AUTO:
+        case TRACEFIT_ARTA:
+        case TRACEFIT_MAP:
+        case TRACEFIT_MMAP:
+            fitByLikelihood(marginal, request, data, r);
+            break;
+        default:
+            r.model = tracefit_correlation(marginal, request.model, &trace, request.orders);
+            break;
+    }
     // An AR root next to the unit circle that an MA root nearly cancels
     // matches the lags fitted but lets the values drift far from the mean
     // over a long run. Such a fit is made again with AR terms only, on the
     // same marginal fitted anew (the first one now belongs to the model).
+    // The fits by likelihood have invertible MA parts, which can't cancel.
     ARIMA* base = baseOf(r.model.get());
-    if (base != nullptr && !base->getMACoefficients().empty() && nearUnitRoot(*base) && request.orders.qMin == 0) {
+    if (r.likelihoodCandidates.empty() && base != nullptr && !base->getMACoefficients().empty() &&
+        nearUnitRoot(*base) && request.orders.qMin == 0) {
         libvelmora_infomsg("The base process nearly has a unit root that its MA part cancels; fitting AR orders only.");
         TraceFitOrders arOnly = request.orders;
         arOnly.qMax = 0;
         TraceFitMarginal again = tracefit_marginal(data, request.marginal, request.phases);
         r.model = tracefit_correlation(again, request.model, &trace, arOnly);
     }
+    // Every fitted model runs with the exact numerics, the ones it was fitted with.
+    r.model->setExactNumerics(true);
     r.modelClass = tracefit_model_class(r.model.get());
     r.hasOrders = tracefit_base_orders(r.model.get(), &r.p, &r.q);
     r.targets = trace.getAutocorrelations(1, lags);

@@ -22,11 +22,30 @@ class Dist;
 class Process;
 class Trace;
 
-// The correlated model classes; TRACEFIT_AUTO lets the marginal's family
-// choose between ARTA, CAPP and CHEP.
-enum tracefit_model { TRACEFIT_AUTO, TRACEFIT_ARTA, TRACEFIT_CAPP, TRACEFIT_CHEP, TRACEFIT_MAP };
+namespace modelchoice {
+struct Candidate;
+}
 
-// "auto", "arta", "capp", "chep", "map"; any other name throws.
+// The correlated model classes. In tracefit_correlation, TRACEFIT_AUTO lets
+// the marginal's family choose between ARTA, CAPP and CHEP, and ARTA and MAP
+// are fitted to autocorrelations (as are ARTA_ACF and MAP_ACF). In tracefit,
+// AUTO, ARTA and MAP are fitted by likelihood instead: AUTO compares the
+// renewal model, ARTA and MAP by joint BIC, ARTA fits its ARMA base to the
+// normal scores by likelihood, MAP is the Erlang-branch MAP by EM; MMAP is
+// the marked MAP by EM from the classes of the request.
+enum tracefit_model {
+    TRACEFIT_AUTO,
+    TRACEFIT_ARTA,
+    TRACEFIT_CAPP,
+    TRACEFIT_CHEP,
+    TRACEFIT_MAP,
+    TRACEFIT_ARTA_ACF,
+    TRACEFIT_MAP_ACF,
+    TRACEFIT_MMAP
+};
+
+// "auto", "arta", "capp", "chep", "map", "arta-acf", "map-acf", "mmap"; any
+// other name throws.
 tracefit_model tracefit_model_from_name(const std::string& name);
 std::string tracefit_model_name(tracefit_model m);
 
@@ -101,6 +120,11 @@ struct TraceFitRequest {
     unsigned phases = 6;
     tracefit_model model = TRACEFIT_AUTO;
     TraceFitOrders orders;
+    // The order of a MAP fitted by EM; 0: the order of lowest AIC up to `phases`.
+    unsigned mapOrder = 0;
+    // For TRACEFIT_MMAP: the class of each value and the class names.
+    std::vector<unsigned> classOf;
+    std::vector<std::string> classNames;
 };
 
 // The result of a whole fit. It owns the model; the marginal is described
@@ -122,6 +146,11 @@ struct TraceFitResult {
     // The joint log-likelihood of the trace under the model; NaN while the
     // model class has none.
     double jointLogLikelihood;
+    // The models compared by joint likelihood (the candidate classes, or a
+    // class's orders), the one chosen, and the criterion ("BIC", "AIC").
+    std::vector<modelchoice::Candidate> likelihoodCandidates;
+    std::size_t likelihoodChosen = 0;
+    std::string likelihoodCriterion;
     TraceFitResult();
     TraceFitResult(TraceFitResult&&) noexcept;
     TraceFitResult& operator=(TraceFitResult&&) noexcept;

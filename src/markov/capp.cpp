@@ -14,6 +14,7 @@
 #include "distributions/dist_hypoexponential.h"
 #include "distributions/dist_normal.h"
 #include "numerics/matrix.h"
+#include "numerics/misc_numerical_dist.h"
 #include "numerics/misc_util.h"
 #include "timeseries/arima.h"
 
@@ -133,6 +134,13 @@ void capp::load(XMLElement* element) {
     marginal->load(ph);
     if (!marginal->isAcyclic()) throw notAcyclic(__LINE__);
     init();
+    setExactNumerics(read_numerics_element(element, "capp"));
+}
+
+void capp::setExactNumerics(bool exact) {
+    Process::setExactNumerics(exact);
+    base->setExactNumerics(exact);
+    if (marginal) marginal->setExactNumerics(exact);
 }
 
 std::string capp::toString(format f) {
@@ -145,6 +153,7 @@ std::string capp::toString(format f) {
         writeBaseText(out);
     } else if (f == FORMAT_XML) {
         out << "<capp>\n";
+        out << numerics_element_text(exactNumerics);
         out << requireMarginal()->toString(FORMAT_XML);
         out << base->toString(FORMAT_XML);
         out << "</capp>\n";
@@ -246,7 +255,8 @@ void capp::initRandomNumberGeneration(unsigned seed) {
 // last.
 unsigned capp::computePathNextRandomVariate() {
     if (!rngInitialized) throw Exception("capp", __LINE__, "Initialize Random Number Generation first.");
-    const double u = Normal::normal_cdf(base->getNextRandomVariate(), 0, 1);
+    const double z = base->getNextRandomVariate();
+    const double u = exactNumerics ? as::alnorm(z, false) : Normal::normal_cdf(z, 0, 1);
     const cph_path_list& list = paths;
     const std::size_t i = first_index_reaching([&list](std::size_t k) { return list[k].first; }, list.size(), u);
     return i == list.size() ? 0 : static_cast<unsigned>(i);

@@ -64,6 +64,9 @@ public:
     // The base process and the stream inside the paths get the same seed.
     void initRandomNumberGeneration(unsigned seed) override;
     double getNextRandomVariate() override;
+    // Exact numerics: the base value picks the path through Phi by AS 66
+    // instead of the four-decimal table.
+    void setExactNumerics(bool exact) override;
 
     // A Config that names the model "capp" reads as "cph" afterwards: the
     // marginal is read from it by the CPH reader.

@@ -9,6 +9,7 @@
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_erlang.h"
+#include "distributions/dist_exact.h"
 #include "distributions/dist_hypererlang.h"
 #include "distributions/dist_hypoexponential.h"
 #include "distributions/dist_load.h"
@@ -33,6 +34,9 @@ namespace {
 Exception invalidChep(int line) { return Exception("chep", line, "Invalid CHEP."); }
 Exception notChep(int line) { return Exception("chep", line, "Not a CHEP."); }
 
+// Refuses type-2 autocorrelations that need more double integrals (one per
+// pair of branches and lag, some 7 ms each) than fit in about 15 s.
+void checkType2Work(std::size_t branches, std::size_t lags);
 // E^-1(Phi(z)) of one Erlang branch.
 double branchTransform(double z, unsigned phases, double rate) {
     return Erlang::erlang_inverse_cdf(as::alnorm(z, false), phases, rate);
@@ -55,20 +59,22 @@ double directIntegral(HyperErlang* h, double rho, unsigned i, unsigned j) {
 // One branch's E^-1(Phi(z)), kept per grid node once computed.
 class BranchFactor : public NormalGridFactor {
 public:
-    BranchFactor(unsigned phases, double rate)
-        : phases(phases), rate(rate), value(normal_grid_intervals + 1), known(normal_grid_intervals + 1, 0) {}
+    BranchFactor(unsigned phases, double rate, bool exact)
+        : phases(phases), rate(rate), transform(exact ? exact::erlang_normal_transform : branchTransform),
+          value(normal_grid_intervals + 1), known(normal_grid_intervals + 1, 0) {}
     double atNode(unsigned j, double z) override {
         if (!known[j]) {
-            value[j] = branchTransform(z, phases, rate);
+            value[j] = transform(z, phases, rate);
             known[j] = 1;
         }
         return value[j];
     }
-    double offGrid(double z) override { return branchTransform(z, phases, rate); }
+    double offGrid(double z) override { return transform(z, phases, rate); }
 
 private:
     unsigned phases;
     double rate;
+    double (*transform)(double, unsigned, double);
     std::vector<double> value;
     std::vector<unsigned char> known;
 };
@@ -78,9 +84,10 @@ private:
 template <typename Integral>
 std::vector<double> type2Autocorrelation(HyperErlang* h, const std::vector<double>& rho, Integral integral) {
     if (h == nullptr) throw Exception("chep", __LINE__, "No hyper-Erlang distribution.");
-    const DistStats stats = h->getProperties(0);
+    const DistStats stats = h->stats(0);
     const std::vector<double> p = h->getProbabilities();
     const std::size_t n = p.size();
+    checkType2Work(n, rho.size());
     std::vector<double> result;
     result.reserve(rho.size());
     for (double r : rho) {
@@ -128,7 +135,7 @@ std::vector<double> chep::compute_type2_autocorrelation(HyperErlang* h, std::vec
     const std::vector<double> rates = h->getRates();
     std::vector<BranchFactor> branches;
     branches.reserve(phases.size());
-    for (std::size_t i = 0; i < phases.size(); i++) branches.emplace_back(phases[i], rates[i]);
+    for (std::size_t i = 0; i < phases.size(); i++) branches.emplace_back(phases[i], rates[i], h->isExact());
     return type2Autocorrelation(h, rho, [&branches](double r, std::size_t i, std::size_t j) {
         return normal_grid_double_integral(branches[i], branches[j], r);
     });
@@ -205,12 +212,11 @@ void chep::appendBranchPaths(const HyperErlang& h, cph_path_list& paths, std::ve
 
 void chep::load(Config* config) {
     resetChepParts();
-    Dist* d = loadDistribution(config);
-    if (d->getType() != DIST_HYPERERLANG) {
-        delete d;
+    // Without a key "distribution" the reader builds nothing.
+    std::unique_ptr<Dist> d(loadDistribution(config));
+    if (!d || d->getType() != DIST_HYPERERLANG)
         throw Exception("chep", __LINE__, "CHEP requires Hyper-Erlang distribution.");
-    }
-    hyperErlang.reset(static_cast<HyperErlang*>(d));
+    hyperErlang.reset(static_cast<HyperErlang*>(d.release()));
     hyperErlang->sortBranches();
     if (config->existsKey("model") && config->getValue("model") != "chep")
         throw Exception("chep", __LINE__, "Not an CHEP model.");
@@ -235,18 +241,17 @@ void chep::load(XMLElement* element) {
     base->load(arima);
     XMLElement* dist = element->getChildElement("dist");
     if (dist == nullptr) throw invalidChep(__LINE__);
-    Dist* d = loadDistribution(dist);
-    if (d->getType() != DIST_HYPERERLANG) {
-        delete d;
-        throw invalidChep(__LINE__);
-    }
-    hyperErlang.reset(static_cast<HyperErlang*>(d));
+    std::unique_ptr<Dist> d(loadDistribution(dist));
+    if (!d || d->getType() != DIST_HYPERERLANG) throw invalidChep(__LINE__);
+    hyperErlang.reset(static_cast<HyperErlang*>(d.release()));
     hyperErlang->sortBranches();
     chepType = CHEP_TYPE_1;
     XMLElement* typeElement = element->getChildElement("type");
     if (typeElement != nullptr && typeElement->getValue() == "2") chepType = CHEP_TYPE_2;
     init();
+    setExactNumerics(read_numerics_element(element, "chep"));
 }
+
 
 // A type-1 XML text carries the equivalent capp element behind its own.
 std::string chep::toString(format f) {
@@ -259,6 +264,7 @@ std::string chep::toString(format f) {
         if (chepType == CHEP_TYPE_2) out << "type = type2\n";
     } else if (f == FORMAT_XML) {
         out << "<chep>\n";
+        out << numerics_element_text(exactNumerics);
         out << requireHyperErlang()->toString(FORMAT_XML);
         out << base->toString(FORMAT_XML);
         if (chepType == CHEP_TYPE_2) out << "<type>2</type>\n";
@@ -278,17 +284,33 @@ std::string chep::toString(format f) {
 // ---------------------------------------------------------------------------
 // Summary and analysis
 
-std::string chep::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
-    HyperErlang* h = requireHyperErlang();
-    const DistStats stats = h->getProperties(0);
-    const SummaryNames names{chepType == CHEP_TYPE_2 ? "CHEP statistics:\nType: 2\n" : "CHEP statistics:\n",
-                             "Marginal Distribution:\n", "CHEP Autocorrelation:\n", "CHEP Joint Moments:\n"};
-    return summaryText(names, h->toString(FORMAT_CONFIG), stats.mean, stats.variance, moments, jointMoments, lags);
-}
-
+// Type 1 has the joint moments of its equivalent CAPP; type 2 has none in
+// closed form.
 Matrix chep::getJointMoments(unsigned from, unsigned to) const {
     if (chepType == CHEP_TYPE_2) throw Exception("chep", __LINE__, "Not implemented.");
     return capp::getJointMoments(from, to);
+}
+
+namespace {
+
+void checkType2Work(std::size_t branches, std::size_t lags) {
+    const unsigned long long limit = 2000;
+    const unsigned long long integrals = static_cast<unsigned long long>(branches) * (branches + 1) / 2 * lags;
+    if (integrals > limit)
+        throw Exception("chep", __LINE__,
+                        "The type-2 autocorrelations of " + std::to_string(branches) + " branches at " +
+                            std::to_string(lags) + " lags need " + std::to_string(integrals) +
+                            " double integrals; the limit is " + std::to_string(limit) + ".");
+}
+
+}  // namespace
+
+std::string chep::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
+    HyperErlang* h = requireHyperErlang();
+    const DistStats stats = h->stats(0);
+    const SummaryNames names{chepType == CHEP_TYPE_2 ? "CHEP statistics:\nType: 2\n" : "CHEP statistics:\n",
+                             "Marginal Distribution:\n", "CHEP Autocorrelation:\n", "CHEP Joint Moments:\n"};
+    return summaryText(names, h->toString(FORMAT_CONFIG), stats.mean, stats.variance, moments, jointMoments, lags);
 }
 
 std::vector<double> chep::getAutocorrelations(unsigned from, unsigned to) const {
@@ -298,7 +320,7 @@ std::vector<double> chep::getAutocorrelations(unsigned from, unsigned to) const 
         result.push_back(1.0);
         from = 1;
     }
-    const DistStats stats = h->getProperties(0);
+    const DistStats stats = h->stats(0);
     const std::vector<double> rho = base->getAutocorrelations(from, to);
     const std::vector<double> mapped = chepType == CHEP_TYPE_1
                                            ? compute_autocorrelation(stats.mean, stats.variance, rho, paths, pathMeans)
@@ -328,10 +350,17 @@ double chep::getNextRandomVariate() {
     if (!rngInitialized) throw Exception("chep", __LINE__, "Initialize Random Number Generation first.");
     if (branchRates.empty()) throw Exception("chep", __LINE__, "No hyper-Erlang distribution.");
     const double u = rng->uniform(0.0, 1.0);
-    const double v = Normal::normal_cdf(base->getNextRandomVariate(), 0, 1);
+    const double z = base->getNextRandomVariate();
     std::size_t i = first_index_reaching(static_cast<const double*>(branchProbabilities.data()), branchProbabilities.size(), u);
     if (i == branchProbabilities.size()) i = 0;
+    if (exactNumerics) return exact::erlang_normal_transform(z, branchPhases[i], branchRates[i]);
+    const double v = Normal::normal_cdf(z, 0, 1);
     return Erlang::erlang_inverse_cdf(v, branchPhases[i], branchRates[i]);
+}
+
+void chep::setExactNumerics(bool exact) {
+    capp::setExactNumerics(exact);
+    if (hyperErlang) hyperErlang->setExact(exact);
 }
 
 }  // namespace velmora

@@ -45,6 +45,9 @@ public:
     double evalCCDF(double x) override;
     double evalPDF(double x) override;
     double getNextRandomVariate() override;
+    // Exact numerics also for the hyper-Erlang: its exact statistics, and in
+    // type 2 the branch's exact Erlang quantile of Phi by AS 66.
+    void setExactNumerics(bool exact) override;
 
     using capp::load;
     void load(Config* config) override;
@@ -61,7 +64,8 @@ public:
     // The type-2 autocorrelation for each base autocorrelation in rho:
     //   (sum over branch pairs of p(i) p(j) I(i, j; rho) - mean^2) / var,
     // the pairs i < j counted twice, with I(i, j) = E[E_i^-1(Phi(Y)) E_j^-1(Phi(X))]
-    // on the shared grid, each branch's inverse computed once per node.
+    // on the shared grid, each branch's inverse computed once per node. More
+    // than 2000 integrals (branch pairs times lags) are refused.
     static std::vector<double> compute_type2_autocorrelation(HyperErlang* h, std::vector<double> rho);
     // The same by the straightforward nested evaluation of I(i, j); slower,
     // and equal to the grid form.

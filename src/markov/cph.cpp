@@ -75,8 +75,9 @@ std::string CPH::toString(format f) {
     } else if (f == FORMAT_XML) {
         out << "<ph>" << std::endl;
         out << "<states>" << getOrder() << "</states>" << std::endl;
-        out << "<d0>" << T.toString(10) << "</d0>" << std::endl;
-        out << "<pi>" << tau.toString(10) << "</pi>" << std::endl;
+        // Exact numerics write every bit (17 digits), as the models that hold the chain do.
+        out << "<d0>" << T.toString(exactNumerics ? 17 : 10) << "</d0>" << std::endl;
+        out << "<pi>" << tau.toString(exactNumerics ? 17 : 10) << "</pi>" << std::endl;
         out << "</ph>" << std::endl;
     } else {
         throw Exception("cph", __LINE__, "Output format not supported for CPHs.");

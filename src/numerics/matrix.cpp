@@ -22,6 +22,31 @@ static void checkCounts(unsigned rows, unsigned cols) {
         throw Exception("matrix", __LINE__, "Invalid value for number of rows or cols.");
 }
 
+// Bytes in binary units with one decimal: "7.6 MiB", "394.2 GiB".
+static std::string byteText(double bytes) {
+    static const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB", "PiB"};
+    unsigned u = 0;
+    while (bytes >= 1024 && u + 1 < sizeof units / sizeof units[0]) {
+        bytes /= 1024;
+        u++;
+    }
+    std::ostringstream out;
+    out.setf(std::ios::fixed);
+    out.precision(u == 0 ? 0 : 1);
+    out << bytes << ' ' << units[u];
+    return out.str();
+}
+
+void check_dense_order(unsigned long long order, const std::string& what) {
+    if (order <= kMaxDenseOrder) return;
+    const double bytes = static_cast<double>(order) * static_cast<double>(order) * sizeof(double);
+    const double limit = static_cast<double>(kMaxDenseOrder) * kMaxDenseOrder * sizeof(double);
+    throw Exception("matrix", __LINE__,
+                    what + " of " + std::to_string(order) + " phases needs matrices of " + std::to_string(order) +
+                        " x " + std::to_string(order) + " values (" + byteText(bytes) + " each); the limit is " +
+                        std::to_string(kMaxDenseOrder) + " phases (" + byteText(limit) + ").");
+}
+
 // ---------------------------------------------------------------------------
 // Construction
 

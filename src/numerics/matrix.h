@@ -219,6 +219,15 @@ Vector operator+(double value, Vector v);
 Vector operator*(double factor, Vector v);
 Vector operator-(Vector v);
 
+// The largest order of the square matrices that models build from a count
+// of phases (the phase-type form of an Erlang or hyper-Erlang, say): the
+// dense algorithms on them take quadratic memory and cubic time, 8 MB per
+// matrix and seconds per inverse at this order.
+const unsigned kMaxDenseOrder = 1000;
+// Throws for an order above kMaxDenseOrder, naming `what`, the order and the
+// memory one matrix of it would take, before anything is allocated.
+void check_dense_order(unsigned long long order, const std::string& what);
+
 // out = v P on raw rows, for v of P's row count and out of its column count:
 // every entry is summed from 0 over k in ascending order, v[0] P[0][j] +
 // v[1] P[1][j] + ..., which keeps the products of the likelihood and the

@@ -96,7 +96,8 @@ void vrshft(unsigned l3, double* zr, double* zi, bool* conv);
 // state. Levels are added until the relative change of the diagonal drops
 // below tol, at most 15 of them (2^15 + 1 evaluations). The change is
 // relative with no floor: a diagonal of exactly 0 gives no number, so the
-// test never fires then and all levels run. The table lives on the stack.
+// test never fires then and all levels run; a diagonal that is no number
+// ends the levels, as the result will be none. The table lives on the stack.
 template <class F>
 double RombergIteration(double a, double b, F&& f, double tol) {
     const unsigned maxLevel = 15;
@@ -129,6 +130,9 @@ double RombergIteration(double a, double b, F&& f, double tol) {
             R[n][m] = (fourM * R[n][m - 1] - R[n - 1][m - 1]) / (fourM - 1.0);
         }
         if (std::fabs((R[n][n] - R[n - 1][n - 1]) / R[n][n]) < tol || n == maxLevel) break;
+        // Every later diagonal is formed from this one: once it is no number,
+        // so is the result, and the remaining levels would only cost time.
+        if (std::isnan(R[n][n])) break;
     }
     return R[n][n];
 }

@@ -26,6 +26,8 @@ double gammad(double x, double p);
 
 // Chi-squared quantile for probability p and v degrees of freedom by
 // Algorithm AS 91 (Best and Roberts 1975), accurate to about 5e-7 relative.
+// Where its Taylor steps end at no number or below 0 (the far lower tail of
+// large v, p below about 1e-13 for v = 54), by bisection of gammad instead.
 double ppchi2(double p, double v);
 
 }  // namespace as
@@ -46,6 +48,10 @@ double mvbvn(std::vector<double> lower, std::vector<double> upper, std::vector<i
 // The same on plain pairs, without building lists: for sums over many
 // rectangles.
 double mvbvn(const double lower[2], const double upper[2], const int infin[2], double correl);
+
+// Quantile of Student's t distribution with v degrees of freedom, to a few
+// units in the last place; NaN outside 0 < p < 1 or for v = 0.
+double student_t_quantile(double p, unsigned v);
 
 }  // namespace velmora
 

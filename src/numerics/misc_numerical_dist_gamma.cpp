@@ -3,7 +3,8 @@
 //   rescaling bound OFLO raised to the largest double;
 // - ppchi2: Algorithm AS 91 (Best and Roberts 1975), Applied Statistics 24,
 //   with log Gamma(v/2) computed here, no range checks on p and v, the normal
-//   deviate of AS 241 and the incomplete gamma of AS 239.
+//   deviate of AS 241 and the incomplete gamma of AS 239; a result that is no
+//   number or below 0 is replaced by a bisection of gammad.
 #include <cmath>
 
 #include "core/libvelmora_settings.h"
@@ -85,6 +86,33 @@ double gammad(double x, double p) {
     return arg >= elimit ? 1.0 - std::exp(arg) : 1.0;
 }
 
+namespace {
+
+// The quantile by bisection of the lower incomplete gamma integral, on a
+// logarithmic scale: for the far tails, where the starting values of AS 91
+// lead its Taylor steps away (to no number, or below 0). At most some two
+// thousand halvings and doublings and 200 bisection steps.
+double ppchi2Bisection(double p, double v) {
+    const double shape = 0.5 * v;
+    double hi = v > 1.0 ? v : 1.0;
+    double lo = hi;
+    for (unsigned it = 0; it < 1100 && gammad(0.5 * hi, shape) < p; ++it) hi *= 2.0;
+    if (!std::isfinite(hi)) return hi;
+    for (unsigned it = 0; it < 1100 && lo > 0.0 && gammad(0.5 * lo, shape) >= p; ++it) lo *= 0.5;
+    if (lo == 0.0) return 0.0;
+    for (unsigned it = 0; it < 200 && hi - lo > 1e-15 * hi; ++it) {
+        const double mid = std::sqrt(lo) * std::sqrt(hi);
+        if (!(mid > lo && mid < hi)) break;
+        if (gammad(0.5 * mid, shape) < p)
+            lo = mid;
+        else
+            hi = mid;
+    }
+    return hi;
+}
+
+}  // namespace
+
 double ppchi2(double p, double v) {
     const double aa = 0.6931471806;
     const double e = 0.0000005;
@@ -146,6 +174,9 @@ double ppchi2(double p, double v) {
                    b * c * (s1 - b * (s2 - b * (s3 - b * (s4 - b * (s5 - b * s6))))));
         if (std::fabs(q / ch - 1.0) <= e) break;
     }
+    // Only results that can't be a quantile are replaced, so that every other
+    // one stays as the published steps give it.
+    if (!(ch >= 0.0 && ch < HUGE_VAL) && p > 0.0 && p < 1.0 && v > 0.0) return ppchi2Bisection(p, v);
     return ch;
 }
 

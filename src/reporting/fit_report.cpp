@@ -10,6 +10,8 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
+#include "fitting/modelchoice.h"
+#include "reporting/likelihood_report.h"
 #include "reporting/plotter.h"
 #include "traces/trace.h"
 
@@ -111,13 +113,20 @@ bool madeFile(const std::string& path) {
 std::string fit_report(const TraceFitResult& r, const FitReportRun& run) {
     std::ostringstream s;
     s << "sylvar-fit, " << libVelmora_name_full() << "\n\n";
-    s << "Trace      " << run.trace << ", " << r.values << " values\n\n";
+    // A fit of values held in memory (a library or Python caller) has no
+    // file names and no timings to show.
+    s << "Trace      " << (run.trace.empty() ? std::string("in memory") : run.trace) << ", " << r.values
+      << " values\n\n";
     marginalSection(s, r);
     candidateSection(s, r.candidates);
     modelSection(s, r);
-    s << "\nWritten    " << run.out << "\n";
-    for (const std::string& p : run.plots) s << "           " << p << "\n";
-    s << "Time       " << run.times << "\n";
+    if (!r.likelihoodCandidates.empty())
+        s << "\n" << likelihood_table(r.likelihoodCandidates, r.likelihoodChosen, r.likelihoodCriterion);
+    if (!run.out.empty()) {
+        s << "\nWritten    " << run.out << "\n";
+        for (const std::string& p : run.plots) s << "           " << p << "\n";
+    }
+    if (!run.times.empty()) s << (run.out.empty() ? "\n" : "") << "Time       " << run.times << "\n";
     return s.str();
 }
 

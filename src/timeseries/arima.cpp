@@ -156,7 +156,7 @@ void ARIMA::checkRunnable() const {
 
 std::string ARIMA::toString(format f) {
     std::ostringstream out;
-    if (FullPrecisionText::active()) out.precision(FullPrecisionText::kDigits);
+    if (exactNumerics || FullPrecisionText::active()) out.precision(FullPrecisionText::kDigits);
     if (f == FORMAT_CONFIG) {
         out << "model = f-arima\n";
         out << "class = " << getClass() << "\n";

@@ -118,6 +118,14 @@ private:
     std::vector<double> maState;  // newest first
 };
 
+// Scales the white-noise variance of a base process so that the process has
+// variance 1, as the models that transform its values (ARTA, CAPP, CHEP)
+// need. A base of variance 0 (or no number) can't be scaled: every
+// correlation of the model would be no number, so it throws with `source` as
+// the Exception's source. Coefficients without a stationary solution are
+// scaled all the same; the fitters pass such models over.
+void normalise_base_variance(ARIMA& base, const char* source);
+
 }  // namespace velmora
 
 #endif

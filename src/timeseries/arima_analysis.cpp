@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/libvelmora_settings.h"
+#include "core/misc_string.h"
 #include "distributions/dist_normal.h"
 #include "numerics/matrix.h"
 #include "numerics/misc_linalg.h"
@@ -231,6 +232,13 @@ double ARIMA::getNextRandomVariate() {
     for (std::size_t j = maState.size(); j > 1; --j) shocks[j - 1] = shocks[j - 2];
     if (!maState.empty()) shocks[0] = e;
     return y + mu;
+}
+
+void normalise_base_variance(ARIMA& base, const char* source) {
+    const double variance = base.getAutocovariance(0);
+    if (variance == 0 || std::isnan(variance))
+        throw Exception(source, __LINE__, "The base process has no variance to normalise (" + toString(variance) + ").");
+    base.setVariance(base.getVariance() / variance);
 }
 
 }  // namespace velmora

@@ -35,8 +35,9 @@ protected:
         marginal.reset();
         base = std::make_unique<ARIMA>();
     }
-    // Divides the white-noise variance by gamma(0), giving process variance 1.
-    void normaliseBase() { base->setVariance(base->getVariance() / base->getAutocovariance(0)); }
+    // Divides the white-noise variance by gamma(0), giving process variance 1;
+    // a base without variance is refused.
+    void normaliseBase() { normalise_base_variance(*base, module); }
     // The marginal, or an exception when none has been loaded.
     Marginal* requireMarginal() const {
         if (!marginal) throw Exception(module, __LINE__, missing);

@@ -109,6 +109,13 @@ void ARTA::load(XMLElement* element) {
         load_arma_driven_element(element, *base, "arta", "arta", "dist", "Not an ARTA model.", "Invalid ARTA model.");
     marginal.reset(loadDistribution(dist));
     normaliseBase();
+    setExactNumerics(read_numerics_element(element, "arta"));
+}
+
+void ARTA::setExactNumerics(bool exact) {
+    Process::setExactNumerics(exact);
+    base->setExactNumerics(exact);
+    if (marginal) marginal->setExact(exact);
 }
 
 std::string ARTA::toString(format f) {
@@ -129,6 +136,7 @@ std::string ARTA::toString(format f) {
         out << "ar_variance = " << base->getVariance() << "\n";
     } else if (f == FORMAT_XML) {
         out << "<arta>\n";
+        out << numerics_element_text(exactNumerics);
         out << base->toString(FORMAT_XML);
         out << requireMarginal()->toString(FORMAT_XML);
         out << "</arta>\n";
@@ -142,7 +150,7 @@ std::string ARTA::getSummary() { return getSummary(0, 0, 5); }
 
 std::string ARTA::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
     Dist* d = requireMarginal();
-    const DistStats stats = d->getProperties(0);
+    const DistStats stats = d->stats(0);
     const std::string baseSummary = base->getSummary(moments, jointMoments, lags);
     const std::string marginalText = d->toString(FORMAT_CONFIG);
     std::ostringstream out;
@@ -210,6 +218,7 @@ void ARTA::initRandomNumberGeneration(unsigned seed) {
 double ARTA::getNextRandomVariate() {
     if (!rngInitialized) throw Exception("arta", __LINE__, "Initialize Random Number Generation first.");
     const double z = base->getNextRandomVariate();
+    if (exactNumerics) return requireMarginal()->exactNormalTransform(z);
     const double u = Normal::normal_cdf(z, 0, 1);
     return requireMarginal()->evalInverseCDF(u);
 }

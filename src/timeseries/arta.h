@@ -58,6 +58,10 @@ public:
     double computeLikelihood(Trace* trace) override;
     void initRandomNumberGeneration(unsigned seed) override;
     double getNextRandomVariate() override;
+    // Exact numerics: the transform through AS 66 and the marginal's exact
+    // quantile, the marginal's exact statistics and the autocorrelations
+    // integrated over the same transform.
+    void setExactNumerics(bool exact) override;
 
     void load(Config* config);
     void load(XMLConfig* document);

@@ -92,7 +92,10 @@ void beginExponents() {
     nextEpoch(&c.powerEpoch, &c.powerKStamp, &c.powerLStamp);
 }
 
-inline double transformed(Dist* d, double z) { return d->evalInverseCDF(as::alnorm(z, false)); }
+// A marginal in exact numerics transforms through its exact quantile.
+inline double transformed(Dist* d, double z) {
+    return d->isExact() ? d->exactNormalTransform(z) : d->evalInverseCDF(as::alnorm(z, false));
+}
 
 // transformed(z)^exponent, kept per grid node in one of the power tables.
 class PowerFactor : public NormalGridFactor {
@@ -194,7 +197,7 @@ std::vector<double> arta_process_compute_autocorrelations(Dist* d, std::vector<d
         for (double& r : rho) r = 2 * std::sin(r * 0.5235987755982988);
         return rho;
     }
-    const DistStats stats = d->getProperties(0);
+    const DistStats stats = d->stats(0);
     // One marginal for all lags: the transformed values are shared by them.
     beginMarginal(d);
     std::vector<double> result(rho.size());

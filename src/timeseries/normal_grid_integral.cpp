@@ -1,6 +1,9 @@
 #include "timeseries/normal_grid_integral.h"
 
 #include <cmath>
+#include <string>
+
+#include "core/libvelmora_settings.h"
 
 namespace velmora {
 
@@ -10,7 +13,20 @@ const double integralLower = -10.0;
 const double integralUpper = 10.0;
 const double gridStep = (integralUpper - integralLower) / normal_grid_intervals;
 
+// Each thread counts its own integrals, so searches bound on their own.
+thread_local unsigned long long threadEvaluations = 0;
+
 }  // namespace
+
+unsigned long long normal_grid_evaluation_count() { return threadEvaluations; }
+
+void normal_grid_add_evaluations(unsigned long long count) { threadEvaluations += count; }
+
+void normal_grid_unsettled(unsigned long long limit) {
+    throw Exception("normal_grid_integral", __LINE__,
+                    "The correlation integral did not settle within " + std::to_string(limit) +
+                        " evaluations: the marginal's values span too many orders of magnitude.");
+}
 
 bool normal_grid_node(double z, unsigned* node) {
     const double r = std::nearbyint((z - integralLower) / gridStep);

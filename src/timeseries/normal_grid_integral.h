@@ -28,15 +28,42 @@ namespace velmora {
 // integrand is f(y) * g(x) * phi2(y, x; rho) in this order. ARTA and CHEP
 // integrate their transformed normal values through this one function, on
 // the grid or directly.
+// The integrand evaluations of this thread's integrals so far, for callers
+// that bound a whole search, and the count an integral adds to them.
+unsigned long long normal_grid_evaluation_count();
+void normal_grid_add_evaluations(unsigned long long count);
+
+// Ends an integral that has not settled within `limit` evaluations.
+[[noreturn]] void normal_grid_unsettled(unsigned long long limit);
+
 template <class F, class G>
 double normal_double_integral(F&& f, G&& g, double rho) {
     const double lower = -10.0, upper = 10.0, tolerance = 0.0001;
+    // Smooth integrands settle within some 10^5 evaluations (6 10^5 at most
+    // for the models of the tests and examples); factors with jumps over
+    // hundreds of orders of magnitude (a gamma marginal of shape 0.01) can
+    // keep both levels from settling until 2^30 of them. Past this count the
+    // integral gives up with a message instead.
+    const unsigned long long limit = 1ull << 22;
+    unsigned long long evaluations = 0;
+    struct Count {
+        unsigned long long& n;
+        ~Count() { normal_grid_add_evaluations(n); }
+    } count{evaluations};
     return RombergIteration(
         lower, upper,
         [&](double x) {
             const double gx = g(x);
+            // A zero factor makes every inner value 0, and the inner integral
+            // would run all its levels on them (its relative test never
+            // fires at 0).
+            if (gx == 0.0) return 0.0;
             return RombergIteration(
-                lower, upper, [&](double y) { return f(y) * gx * Normal::standard_bivariate_normal_pdf(y, x, rho); },
+                lower, upper,
+                [&](double y) {
+                    if (++evaluations > limit) normal_grid_unsettled(limit);
+                    return f(y) * gx * Normal::standard_bivariate_normal_pdf(y, x, rho);
+                },
                 tolerance);
         },
         tolerance);

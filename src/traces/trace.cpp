@@ -5,6 +5,7 @@
 // it, but without a stream per value, so that traces of millions of values
 // load and save in about a second.
 #include "traces/trace.h"
+#include "traces/trace_stream.h"
 
 #include <charconv>
 #include <cstdio>
@@ -21,14 +22,7 @@ namespace velmora {
 
 namespace {
 
-// Room for the longest six-digit form, "-1.23457e-308", with margin.
-const std::size_t MAX_NUMBER_TEXT = 32;
-
-// Writes `value` as stream insertion with default settings does: printf's %g
-// with precision 6, which is what to_chars with that precision gives.
-inline char* writeNumber(char* out, double value) {
-    return std::to_chars(out, out + MAX_NUMBER_TEXT, value, std::chars_format::general, 6).ptr;
-}
+inline char* writeNumber(char* out, double value) { return write_trace_number(out, value); }
 
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 

@@ -11,6 +11,7 @@
 #include "core/libvelmora_settings.h"
 #include "numerics/matrix.h"
 #include "traces/trace.h"
+#include "traces/trace_summary.h"
 
 namespace velmora {
 
@@ -134,9 +135,8 @@ std::vector<double> Trace::getAutocorrelations(unsigned first, unsigned last) co
     return result;
 }
 
-Distribution Trace::computeDistribution(double lower, double upper, double width) {
+BinCounts::BinCounts(double lower, double upper, double width) : lower(lower), width(width) {
     double ratio = std::fabs(lower - upper) / width;
-    unsigned b = 0;
     // A ratio that is no number (zero width over an empty range, infinite
     // bounds) gives no bins; a negative or zero width over a real range, or
     // more than ten million bins (three curves of that many points fill
@@ -147,11 +147,15 @@ Distribution Trace::computeDistribution(double lower, double upper, double width
             throw Exception("trace", __LINE__, "Invalid bin width.");
         b = static_cast<unsigned>(ratio);
     }
+    this->upper = upper;
+    counter.assign(static_cast<std::size_t>(b) + 2, 0);
+    above = static_cast<double>(b) + 1.0;
+    lowerCell = std::trunc(lower / width);
+}
 
-    std::vector<unsigned> counter(static_cast<std::size_t>(b) + 2, 0);
-    const double above = static_cast<double>(b) + 1.0;
-    const double lowerCell = std::trunc(lower / width);
-    for (double v : values) {
+void BinCounts::add(const double* values, std::size_t size) {
+    for (std::size_t k = 0; k < size; ++k) {
+        const double v = values[k];
         if (v < lower) {
             ++counter[0];
         } else if (v > upper) {
@@ -166,10 +170,13 @@ Distribution Trace::computeDistribution(double lower, double upper, double width
             else
                 ++counter[b + 1];
         }
+        ++total;
     }
+}
 
+Distribution BinCounts::distribution() const {
     Distribution d;
-    double n = static_cast<double>(values.size());
+    double n = static_cast<double>(total);
     double c = counter[0] / n;
     d.pdf.reserve(2 * static_cast<std::size_t>(b) + 1);
     d.cdf.reserve(static_cast<std::size_t>(b) + 1);
@@ -189,6 +196,12 @@ Distribution Trace::computeDistribution(double lower, double upper, double width
     }
     d.pdf.emplace_back(b * width + lower, counter[b] / n / width);
     return d;
+}
+
+Distribution Trace::computeDistribution(double lower, double upper, double width) {
+    BinCounts counts(lower, upper, width);
+    counts.add(values.data(), values.size());
+    return counts.distribution();
 }
 
 Distribution Trace::computeDistribution(double lower, double upper) { return computeDistribution(lower, upper, 0.04); }

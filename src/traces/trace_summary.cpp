@@ -28,25 +28,34 @@
 
 namespace velmora {
 
-SummaryFigures summaryFigures(const std::vector<double>& values, unsigned moments, unsigned jointMoments,
-                              unsigned lags) {
-    const double* x = values.data();
-    const std::size_t n = values.size();
-    const std::size_t rawCount = static_cast<std::size_t>(moments) + 1;
-    const std::size_t side = static_cast<std::size_t>(jointMoments) + 1;
-    const std::size_t powerCount = std::max(rawCount, side);
+SummaryPasses::SummaryPasses(unsigned moments, unsigned jointMoments, unsigned lags)
+    : rawCount(static_cast<std::size_t>(moments) + 1),
+      side(static_cast<std::size_t>(jointMoments) + 1),
+      powerCount(std::max(rawCount, side)),
+      lags(lags),
+      rawSum(rawCount, 0.0),
+      jointSum(side * side, 0.0),
+      power(powerCount),
+      previous(powerCount) {}
 
-    // First pass: extremes, the plain sum for the mean, the power sums, and the
-    // joint sums of each pair (x[t - 1], x[t]) from the powers of both.
-    std::vector<double> rawSum(rawCount, 0.0), jointSum(side * side, 0.0);
-    std::vector<double> power(powerCount), previous(powerCount);
-    double smallest = x[0], largest = x[0], sum = 0.0;
-    for (std::size_t t = 0; t < n; ++t) {
+// First pass: extremes, the plain sum for the mean, the power sums, and the
+// joint sums of each pair (x[t - 1], x[t]) from the powers of both.
+void SummaryPasses::first(const double* x, std::size_t count) {
+    for (std::size_t t = 0; t < count; ++t) {
         const double v = x[t];
+        if (n == 0) smallest = largest = v;
         if (v < smallest) smallest = v;
         if (v > largest) largest = v;
         sum += v;
-        for (std::size_t k = 0; k < powerCount; ++k) {
+        // pow(v, 0) is 1 for every v, and pow(v, 1) is v, the exact result
+        // being representable; the higher orders need the library's pow.
+        power[0] = 1.0;
+        rawSum[0] += 1.0;
+        if (powerCount > 1) {
+            power[1] = v;
+            if (rawCount > 1) rawSum[1] += v;
+        }
+        for (std::size_t k = 2; k < powerCount; ++k) {
             // Through a volatile, the order stays unknown to the compiler even
             // where the caller's orders are constants.
             volatile double order = static_cast<double>(k);
@@ -54,25 +63,39 @@ SummaryFigures summaryFigures(const std::vector<double>& values, unsigned moment
             power[k] = p;
             if (k < rawCount) rawSum[k] += p;
         }
-        if (t > 0)
+        if (n > 0)
             for (std::size_t i = 0; i < side; ++i)
                 for (std::size_t j = 0; j < side; ++j) jointSum[i * side + j] += previous[i] * power[j];
         power.swap(previous);
+        ++n;
     }
-    const double m = sum / static_cast<double>(n);
+}
 
-    // Second pass: squares and lagged products of the deviations. Lags at or
-    // beyond n have no pairs and keep no sum.
-    const std::size_t reach = std::min<std::size_t>(lags, n - 1);
-    std::vector<double> lagSum(reach + 1, 0.0);
-    double squares = 0.0;
-    for (std::size_t t = 0; t < n; ++t) {
-        const double d = x[t] - m;
+// Second pass: squares and lagged products of the deviations. The product of
+// lag l is added when its later value arrives; each lag's sum still takes its
+// terms in the order of their earlier index. Lags at or beyond n have no
+// pairs and keep no sum.
+void SummaryPasses::second(const double* x, std::size_t count) {
+    if (seen == 0) {
+        mean = sum / static_cast<double>(n);
+        reach = static_cast<std::size_t>(std::min<std::uint64_t>(lags, n - 1));
+        lagSum.assign(reach + 1, 0.0);
+        recent.assign(reach + 1, 0.0);
+    }
+    // recent[l - 1] is the deviation l values back.
+    double* const back = recent.data();
+    for (std::size_t t = 0; t < count; ++t, ++seen) {
+        const double d = x[t] - mean;
         squares += std::pow(d, 2.0);
-        const std::size_t last = std::min(reach, n - 1 - t);
-        for (std::size_t l = 0; l <= last; ++l) lagSum[l] += d * (x[t + l] - m);
+        const std::size_t last = seen < reach ? static_cast<std::size_t>(seen) : reach;
+        lagSum[0] += d * d;
+        for (std::size_t l = 1; l <= last; ++l) lagSum[l] += back[l - 1] * d;
+        for (std::size_t l = reach; l > 1; --l) back[l - 1] = back[l - 2];
+        if (reach > 0) back[0] = d;
     }
+}
 
+SummaryFigures SummaryPasses::figures() const {
     SummaryFigures f;
     f.smallest = smallest;
     f.largest = largest;
@@ -93,13 +116,19 @@ SummaryFigures summaryFigures(const std::vector<double>& values, unsigned moment
     return f;
 }
 
-std::string Trace::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
-    if (values.empty()) throw Exception("trace", __LINE__, "Invalid trace element.");
-    const SummaryFigures f = summaryFigures(values, moments, jointMoments, lags);
+SummaryFigures summaryFigures(const std::vector<double>& values, unsigned moments, unsigned jointMoments,
+                              unsigned lags) {
+    SummaryPasses passes(moments, jointMoments, lags);
+    passes.first(values.data(), values.size());
+    passes.second(values.data(), values.size());
+    return passes.figures();
+}
+
+std::string summaryText(std::uint64_t count, const SummaryFigures& f, const Distribution& d) {
     std::ostringstream out;
     out << "Trace statistics: " << '\n';
     out << "===========================" << '\n';
-    out << "Number of elements: " << values.size() << '\n';
+    out << "Number of elements: " << count << '\n';
     out << "Smallest value: " << f.smallest << '\n';
     out << "Largest value: " << f.largest << '\n';
     for (std::size_t k = 0; k < f.moments.size(); ++k) out << "Moment " << k << ": " << f.moments[k] << '\n';
@@ -113,13 +142,19 @@ std::string Trace::getSummary(unsigned moments, unsigned jointMoments, unsigned 
         out << "Autocorrelation at lag " << l << ": " << f.autocorrelations[l] << '\n';
 
     out << std::fixed << std::setprecision(5);
-    Distribution d = computeDistribution(f.smallest, f.largest, (f.largest - f.smallest) / 1000.0);
     out << '\n';
     out << "t\t\tpdf\t\tcdf" << '\n';
     out << "=\t\t===\t\t===" << '\n';
     for (std::size_t i = 0; i < d.cdf.size(); ++i)
         out << d.cdf[i].first << "\t\t" << d.pdf[2 * i].second << "\t\t" << d.cdf[i].second << '\n';
     return out.str();
+}
+
+std::string Trace::getSummary(unsigned moments, unsigned jointMoments, unsigned lags) {
+    if (values.empty()) throw Exception("trace", __LINE__, "Invalid trace element.");
+    const SummaryFigures f = summaryFigures(values, moments, jointMoments, lags);
+    return summaryText(values.size(), f,
+                       computeDistribution(f.smallest, f.largest, (f.largest - f.smallest) / 1000.0));
 }
 
 std::string Trace::getSummary() { return getSummary(5, 3, 5); }

@@ -98,8 +98,8 @@ TEST(XMLConfig, TextReadsAsTheSameFileWould) {
     XMLConfig fromFile(writeFile("x_text.xml", text));
     std::unique_ptr<XMLConfig> fromText = XMLConfig::fromText(text);
     EXPECT_EQ(fromText->getDocumentRoot()->getTag(), "velmora");
-    EXPECT_EQ(model_element(fromText.get(), "map")->getChildElement("d0")->getValue(), "1 23 4");
-    EXPECT_EQ(model_element(&fromFile, "map")->getChildElement("d0")->getValue(), "1 23 4");
+    EXPECT_EQ(model_element(fromText.get(), "map")->getChildElement("d0")->getValue(), "1 2 3 4");
+    EXPECT_EQ(model_element(&fromFile, "map")->getChildElement("d0")->getValue(), "1 2 3 4");
     EXPECT_EQ(messageOf([] { XMLConfig::fromText("<velmora><map>"); }, "conf"),
               messageOf([] { XMLConfig(writeFile("x_bad.xml", "<velmora><map>")); }, "conf"));
 }

@@ -213,3 +213,34 @@ TEST(Sylvar, TheTraceIsWrittenToRegularFilesOnly) {
     std::remove(fifo.c_str());
     std::remove(link.c_str());
 }
+
+// Replications: one line each, then the figures across them; replication k's
+// file is the single run with seed + k - 1. Failures to write end the run.
+TEST(Sylvar, ReplicationsAndTraceFilesThatCannotBeWritten) {
+    const std::string trace = tempPath("reps.txt");
+    SylvarRun run = runSylvar("-model=" + modelPath("map.xml") + " -trace=" + trace +
+                              " -seed=5 -observations=2000 -replications=3 -threads=2");
+    EXPECT_NE(run.out.find("Replication 3: seed 7, trace " + tempPath("reps_3.txt") + ", 2000 values, mean "),
+              std::string::npos);
+    EXPECT_NE(run.out.find("Across 3 replications (mean [95 % confidence interval]):\nMean: "), std::string::npos);
+    EXPECT_NE(run.out.find("Autocorrelation at lag 10: "), std::string::npos);
+    const std::string single = tempPath("single_7.txt");
+    runSylvar("-model=" + modelPath("map.xml") + " -trace=" + single + " -seed=7 -observations=2000");
+    EXPECT_EQ(readFile(tempPath("reps_3.txt")), readFile(single));
+
+    struct Case { std::string arguments, expected; } cases[] = {
+        {"-trace=/nonexistent/t.txt",
+         failure("trace_stream", "Cannot open trace file /nonexistent/t.txt for writing: No such file or directory.")},
+        {"-trace=/dev/full -observations=100000",
+         failure("main_sylvar", "Cannot write the trace file '/dev/full': it is a device.")},
+        {"-trace=x.txt -replications=0", failure("main_sylvar", "Invalid number of replications; give 1 or more.")},
+        {"-trace=x.txt -replications=2 -threads=-1", failure("main_sylvar", "Invalid number of threads; give 1 or more.")},
+    };
+    for (const auto& c : cases) {
+        run = runSylvar("-model=" + modelPath("map.xml") + " " + c.arguments);
+        const std::size_t error = run.out.find("Error in: ");
+        ASSERT_NE(error, std::string::npos) << c.arguments;
+        EXPECT_EQ(withoutLineNumber(run.out.substr(error)), c.expected) << c.arguments;
+        EXPECT_EQ(run.status, 0);
+    }
+}

@@ -2,9 +2,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 
 #include "support/test_support.h"
+#include "fitting/mapem.h"
+#include "numerics/random.h"
 #include "traces/trace.h"
 
 using namespace velmora;
@@ -39,8 +42,9 @@ std::string generate(const std::string& model, const std::string& trace, unsigne
 // values of the fitted model; mean within 2 %, lags 1 and 2 within 0.05.
 TEST(SylvarFit, RoundTripThroughTheFittedModelKeepsMeanAndCorrelation) {
     struct Case { std::string model, arguments, modelLine; } cases[] = {
-        {example("chep.xml"), "-model=auto -marginal=hypererlang", "Model      C"},
-        {example("map.xml"), "-model=map -marginal=hypererlang", "Model      MAP of order "},
+        {example("chep.xml"), "-model=chep -marginal=hypererlang", "Model      C"},
+        {example("map.xml"), "-model=map-acf -marginal=hypererlang", "Model      MAP of order "},
+        {example("map.xml"), "-model=map -order=3", "Model      MAP of order 3"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.model);
@@ -70,6 +74,7 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
     const std::string shortTrace = writeFile("fit_short.txt", "1\n2\n3\n4\n5\n");
     const std::string noModel = writeFile("fit_nomodel.xml", "<velmora><foo>1</foo></velmora>");
     const std::string missing = tempPath("fit_missing.txt");
+    const std::string negative = writeFile("fit_negative.txt", "1\n-2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n");
     const std::string out = tempPath("fit_never.xml");
     const std::string t = "-trace=" + trace + " -out=" + out;
     struct Case { std::string arguments, error; } cases[] = {
@@ -79,7 +84,14 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
         {"-trace=" + shortTrace + " -out=" + out, "cannot read the trace: The trace holds 5 values; 10 lags need at least 12."},
         {t + " -marginal=gama",
          "the marginal fit failed: Unknown marginal 'gama': neither a distribution family nor a model file."},
-        {t + " -model=arma", "Unknown model class 'arma' (choose auto, arta, capp, chep or map)."},
+        {t + " -model=arma",
+         "Unknown model class 'arma' (choose auto, arta, capp, chep, map, arta-acf, map-acf or mmap)."},
+        {t + " -model=map -order=0", "-order must be a whole number from 1 to 64, not '0'"},
+        {t + " -model=map -order=65", "-order must be a whole number from 1 to 64, not '65'"},
+        {t + " -model=mmap",
+         "cannot read the trace: Cannot fit a marked MAP: the trace has 1 class, at least two are needed."},
+        {"-trace=" + negative + " -out=" + out + " -model=map -marginal=normal",
+         "the correlation fit failed: Cannot fit a MAP: value 2 (-2) is not a positive finite number."},
         {t + " -marginal=" + noModel, "the marginal fit failed: The file '" + noModel + "' holds no dist or ph model."},
         {"-trace=" + trace + " -out=/nonexistent-dir/m.xml",
          "cannot write the model file '/nonexistent-dir/m.xml': No such file or directory"},
@@ -88,13 +100,13 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
          "cannot write the model file '" + testing::TempDir() + "': it is a directory"},
         {t + " -model=chep -marginal=gamma", "the correlation fit failed: Model chep needs a hyper-Erlang marginal "
                                              "(or an exponential, erlang or hyperexponential one), not gamma."},
-        {t + " -model=map -marginal=lognormal",
+        {t + " -model=map-acf -marginal=lognormal",
          "the correlation fit failed: Model map needs a phase-type marginal (exponential, erlang, hypoexponential, "
          "hyperexponential, hypererlang or a ph model file), not lognormal."},
         {t + " -model=arta -marginal=" + example("ph.xml"),
          "the correlation fit failed: Model arta needs a distribution family as marginal, not a ph model of order 3."},
         {t + " -lags=x", "-lags must be a whole number from 1 to 100000, not 'x'"},
-        {t + " -phases=14", "-phases must be a whole number from 1 to 13, not '14'"},
+        {t + " -phases=65", "-phases must be a whole number from 1 to 64, not '65'"},
         {t + " -pmin=4", "-pmin is above -pmax"},
         {t + " -seed=1", "unknown option -seed (see sylvar-fit --help)"},
         {t + " trace", "Invalid command line parameter. Arguments are -key=value; see sylvar-fit --help"},
@@ -111,7 +123,7 @@ TEST(SylvarFit, FailuresAreOneLineOnStandardErrorAndLeaveNoModelFile) {
 // A single-path chain gives a MAP without correlation: written, with a warning.
 TEST(SylvarFit, AModelThatMissesTheTraceIsWrittenWithAWarning) {
     const std::string out = tempPath("fit_missed.xml");
-    SylvarFitRun run = runSylvarFit("-trace=" + patternTrace() + " -out=" + out + " -model=map -marginal=" +
+    SylvarFitRun run = runSylvarFit("-trace=" + patternTrace() + " -out=" + out + " -model=map-acf -marginal=" +
                                     example("ph.xml"));
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "sylvar-fit: warning: the model's autocorrelation at lag 3 is 0.0000, the trace's 0.5172 "
@@ -187,7 +199,7 @@ TEST(SylvarFit, OutputsNeverClobber) {
     const std::string fifo = tempPath("fit_fifo");
     std::remove(fifo.c_str());
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    const std::string t = "-trace=" + trace + " -marginal=exponential -out=";
+    const std::string t = "-trace=" + trace + " -marginal=exponential -model=arta -out=";
     EXPECT_EQ(runSylvarFit(t + "/dev/null").err,
               "sylvar-fit: cannot write the model file '/dev/null': it is a device\n");
     EXPECT_EQ(runSylvarFit(t + fifo).err, "sylvar-fit: cannot write the model file '" + fifo + "': it is a FIFO\n");
@@ -210,4 +222,34 @@ TEST(SylvarFit, OutputsNeverClobber) {
               "sylvar-fit: cannot read the trace: " + nanTrace + ":3: 'nan' is not a finite number\n");
     std::remove(fifo.c_str());
     std::remove(link.c_str());
+}
+
+// The fits by likelihood: independent values give the renewal model (a dist
+// element), a two-class trace a marked MAP; sylvar generates from both.
+TEST(SylvarFit, FitsByLikelihoodWriteModelsThatSylvarRuns) {
+    std::string independent, marked = "3000\n";
+    Rand r(9);
+    for (unsigned k = 0; k < 5000; ++k) independent += std::to_string(std::exp(0.3 + 0.8 * r.normal(0, 1))) + "\n";
+    const auto values = mapem::simulate(mapem::model({1, 2}, {4.0, 1.0}, {{0.5, 0.1, 0.1, 0.3}, {0.1, 0.3, 0.2, 0.4}}),
+                                        3000, 2);
+    for (std::size_t k = 0; k < values.first.size(); ++k)
+        marked += (values.second[k] ? "write " : "read ") + std::to_string(values.first[k]) + "\n";
+    const struct {
+        std::string trace, arguments, modelLine, element;
+    } cases[] = {
+        {writeFile("fit_independent.txt", independent), "-model=auto -phases=2",
+         "Model      renewal model (independent values of the marginal)", "<dist>"},
+        {writeFile("fit_marked.txt", marked), "-model=mmap -order=3", "Model      marked MAP of order 3, classes read write",
+         "<marks>"},
+    };
+    for (const auto& c : cases) {
+        const std::string out = tempPath("fit_likelihood.xml");
+        std::remove(out.c_str());
+        SylvarFitRun fit = runSylvarFit("-trace=" + c.trace + " -out=" + out + " " + c.arguments);
+        ASSERT_EQ(fit.status, 0) << fit.err;
+        EXPECT_NE(fit.out.find(c.modelLine), std::string::npos) << fit.out;
+        EXPECT_NE(fit.out.find("Candidates by joint likelihood"), std::string::npos) << fit.out;
+        EXPECT_NE(readFile(out).find(c.element), std::string::npos);
+        generate(out, "from_likelihood_fit.txt", 4);
+    }
 }

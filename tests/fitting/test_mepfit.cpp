@@ -116,6 +116,16 @@ TEST(MapFit, BadInputIsRefused) {
         {T, Vector({0.3, 0.3, 0.3, 0.3}, true), {}, {}, badTau},
         {T, Vector({0.5, 0.5}, true), {}, {}, badTau},
     };
+    // A 26-phase Erlang: a search over 676 entries that would run for minutes.
+    Matrix erlang(26, 26);
+    for (unsigned i = 0; i < 26; ++i) {
+        erlang(i, i) = -1;
+        if (i + 1 < 26) erlang(i, i + 1) = 1;
+    }
+    std::vector<double> first(26, 0.0);
+    first[0] = 1;
+    EXPECT_EQ(failureOf([&] { mapfit::mapfit_fit_autocorrelation(erlang, Vector(first, true), {0.1}); }),
+              "mepfit: The MAP fit takes marginals of at most 25 phases; this one has 26.");
     for (const auto& k : cases) {
         EXPECT_EQ(failureOf([&] { mapfit::mapfit_fit_autocorrelation(k.T, k.tau, k.ac, k.w); }), k.failure);
         EXPECT_EQ(mapfit_fit_autocorrelation_cph, nullptr);

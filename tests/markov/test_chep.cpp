@@ -5,6 +5,7 @@
 #include "config/conf.h"
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_hypererlang.h"
+#include "core/process.h"
 #include "markov/chep.h"
 #include "markov_helpers.h"
 #include "timeseries/arima.h"
@@ -179,4 +180,44 @@ TEST(CHEP, RefusalsOfTheLibraryInterface) {
         {[&] { c->evalCDF(1); }, "No hyper-Erlang distribution."},
     };
     for (Case& k : cases) EXPECT_EQ(messageOf(k.action, "chep"), k.expected);
+}
+
+// Inputs that once crashed, hung or grew past memory; each now ends in a
+// message at once.
+TEST(CHEP, ModelsBeyondTheBoundsAreRefusedBeforeTheWork) {
+    const std::string kv = "model = chep\ndistribution = hypererlang\nbranches = 2\nphases = 1 2\nrates = 1 2\n"
+                           "prob = 0.5 0.5\nar = 0.5\n";
+    auto branches = [](const std::string& phases, const std::string& prob, const std::string& rates) {
+        std::string text = readFile(kExample1);
+        text.replace(text.find("1 3 2 "), 6, phases);
+        text.replace(text.find("0.500000 0.300000 0.200000 "), 27, prob);
+        text.replace(text.find("2.000000 1.500000 0.500000 "), 27, rates);
+        return writeFile("chep_large.xml", text);
+    };
+    // As sylvar's command line names it: the key of the class, the file as its value.
+    auto load = [](const std::string& name, const std::string& text) {
+        Config c;
+        c.setValue("chep", writeFile(name, text), true);
+        delete load_process(&c);
+    };
+    const std::string dense = "A phase-type form of ";
+    struct Case { std::function<void()> action; std::string source, expected; } cases[] = {
+        // The reader builds no distribution without the key.
+        {[&] { load("chep_nodist.conf", "ar = 0.5\n"); }, "chep", "CHEP requires Hyper-Erlang distribution."},
+        {[&] { load("chep_flat.conf", kv + "arma_variance = 0\ntype = type2\n"); }, "capp",
+         "The base process has no variance to normalise (0)."},
+        {[&] { chep(branches("1  230000 1.50 ", "0.3 0.3 0.4 ", "1 2 3 "), FORMAT_XML); }, "matrix",
+         dense + "230002 phases needs matrices of 230002 x 230002 values (394.1 GiB each); the limit is 1000 phases "
+                 "(7.6 MiB)."},
+        {[&] { chep(branches("1000000 1000000 ", "0.5 0.5 ", "2 1.5 "), FORMAT_XML); }, "matrix",
+         dense + "2000000 phases needs matrices of 2000000 x 2000000 values (29.1 TiB each); the limit is 1000 "
+                 "phases (7.6 MiB)."},
+    };
+    for (Case& k : cases) EXPECT_EQ(messageOf(k.action, k.source), k.expected);
+    // 32 branches: 528 pairs, one integral per pair and lag.
+    HyperErlang wide(std::vector<unsigned>(32, 1), std::vector<double>(32, 1.0), std::vector<double>(32, 1.0 / 32));
+    EXPECT_EQ(messageOf([&] { chep::compute_type2_autocorrelation(&wide, {0.5, 0.4, 0.3, 0.2}); }, "chep"),
+              "The type-2 autocorrelations of 32 branches at 4 lags need 2112 double integrals; the limit is 2000.");
+    // At the limit the model stands.
+    EXPECT_NO_THROW(chep(branches("500 500 ", "0.5 0.5 ", "2 1.5 "), FORMAT_XML));
 }

@@ -149,6 +149,13 @@ TEST(RombergIteration, VisitsEachLevelTopDownAndStopsAtTheFirstLevelOrTheCap) {
     EXPECT_EQ(visited.size(), (1u << 15) + 1u);
 }
 
+TEST(RombergIteration, AnIntegrandOfNoNumberEndsAtTheFirstLevel) {
+    static unsigned calls = 0;
+    auto noNumber = [](double, Vec) { ++calls; return std::nan(""); };
+    EXPECT_TRUE(std::isnan(RombergIteration(0, 1, noNumber, {}, 1e-4)));
+    EXPECT_EQ(calls, 3u);  // f(a), f(b) and the midpoint, instead of 2^15 + 1
+}
+
 TEST(RombergIteration, IntegratesSmoothFunctionsToItsTolerance) {
     const struct { double a, b; double (*f)(double, Vec); Vec params; double expected; } cases[] = {
         {0, 1, expFcn, {}, std::exp(1.0) - 1},

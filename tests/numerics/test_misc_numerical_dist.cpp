@@ -81,6 +81,17 @@ TEST(Ppchi2, MatchesChiSquaredQuantileToOnePartInAMillion) {
     EXPECT_EQ(failureOf([] { as::ppchi2(0.5, 0); }), "misc_numerical: Invalid value for loggamma.");
 }
 
+TEST(Ppchi2, FarLowerTailsOfLargeShapesAreQuantilesStill) {
+    // The ARTA transform of a gamma of shape 27.2 at the ends of its grid, where the Taylor steps of AS 91 lead to
+    // no number or below 0. p = scipy.stats.norm.cdf(z); expected: 2 * scipy.stats.gamma.ppf(p, 27.2).
+    const struct { double p, expected; } cases[] = {
+        {7.61985302416047e-24, 2 * 1.6473337641886427},    // z = -10
+        {6.22096057427174e-16, 2 * 3.4275607054163615},    // z = -8
+        {3.1908916729108844e-14, 2 * 4.0493096040769885},  // z = -7.5
+    };
+    for (const auto& c : cases) EXPECT_NEAR(as::ppchi2(c.p, 54.4), c.expected, 1e-9 * c.expected) << "p = " << c.p;
+}
+
 TEST(Mvphi, MatchesNormalDistributionToFullPrecision) {
     // scipy.special.ndtr
     const Pair cases[] = {
@@ -124,4 +135,19 @@ TEST(Mvbvn, LimitTypesSelectTheirRectangle) {
             << "infin = " << c.i1 << ", " << c.i2;
     EXPECT_EQ(failureOf([] { mvbvn({0}, {1, 1}, {2, 2}, 0.5); }),
               "misc_numerical_dist: mvbvn needs two limits and two limit types.");
+}
+
+// mpmath at 30 digits: the root of betainc(v/2, 1/2, 0, v/(v+t^2), regularized) / 2 = 1 - p
+// (Debian's scipy.stats.t.ppf agrees to about 1e-10 only).
+TEST(StudentT, QuantilesMatchMpmath) {
+    struct Case { double p; unsigned v; double expected; } cases[] = {
+        {0.975, 1, 12.706204736174693}, {0.975, 2, 4.3026527297494618}, {0.975, 3, 3.1824463052837084},
+        {0.975, 4, 2.7764451051977935}, {0.975, 5, 2.5705818356363148}, {0.975, 9, 2.262157162798205},
+        {0.975, 29, 2.0452296421327039}, {0.975, 1000, 1.9623390808264081}, {0.975, 100000, 1.9599877075346093},
+        {0.1, 7, -1.4149239276505084},  {0.5, 3, 0.0}};
+    for (const auto& c : cases)
+        EXPECT_NEAR(velmora::student_t_quantile(c.p, c.v), c.expected, 1e-12 * (1 + std::fabs(c.expected)))
+            << c.p << " " << c.v;
+    EXPECT_TRUE(std::isnan(velmora::student_t_quantile(1.0, 3)));
+    EXPECT_TRUE(std::isnan(velmora::student_t_quantile(0.9, 0)));
 }

@@ -120,6 +120,24 @@ TEST(ARTA, FailuresCarryTheirMessages) {
     for (const auto& c : cases) EXPECT_EQ(failureOf(c.first), c.second);
 }
 
+// Marginals whose transforms once gave no number after minutes, or ran the
+// integral to 2^30 evaluations; and a base that can't be normalised.
+TEST(ARTA, ExtremeGammaMarginalsEndInFiguresOrAMessage) {
+    // The Old Faithful waiting times' gamma (shape 27.2); reference: the same expectation by 120 x 120
+    // Gauss-Hermite nodes with scipy.stats.gamma.ppf / isf of scipy.stats.norm.cdf / sf.
+    ARTA faithful(new Gamma(27.2, 2.6), {0.5}, 0.0, 1.0);
+    const std::vector<double> rho = faithful.getAutocorrelations(1, 2);
+    EXPECT_NEAR(rho[0], 0.4979691363829983, 1e-5);
+    EXPECT_NEAR(rho[1], 0.24847715387894348, 1e-5);
+    // Shape 0.009: values from 0 to 1e16 and beyond, as fitted to six values of 1.08e16 and one of 4.5e-308.
+    ARTA spread(new Gamma(0.009, 1.2e18), {0.99}, 0.0, 1.0);
+    EXPECT_EQ(messageOf([&] { spread.getAutocorrelations(1, 1); }, "normal_grid_integral"),
+              "The correlation integral did not settle within 4194304 evaluations: the marginal's values span too "
+              "many orders of magnitude.");
+    EXPECT_EQ(messageOf([] { ARTA flat(new Exponential(1), {0.5}, 0.0, 0.0); }, "arta"),
+              "The base process has no variance to normalise (0).");
+}
+
 const std::string exampleModel = std::string(VELMORA_SOURCE_DIR) + "/examples/arta.xml";
 
 // Each value is F^-1 of the four-decimal table value of the base value:
