@@ -7,6 +7,7 @@
 
 #include "config/conf.h"
 #include "core/process.h"
+#include "fitting/process_factory.h"
 #include "traces/trace.h"
 
 namespace {

@@ -15,6 +15,7 @@
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
 #include "core/process.h"
+#include "fitting/process_factory.h"
 #include "fitting/tracefit.h"
 #include "traces/trace.h"
 

@@ -7,6 +7,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/process.h"
 #include "fuzz_support.h"
+#include "fitting/process_factory.h"
 
 using namespace velmora;
 

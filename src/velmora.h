@@ -6,7 +6,7 @@
 #include "core/misc_string.h"
 #include "core/process.h"
 #include "core/output_file.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 #include "core/stage_timer.h"
 
 #include "config/conf.h"
@@ -84,6 +84,7 @@
 #include "fitting/modelchoice.h"
 #include "fitting/mepfit.h"
 #include "fitting/mmepfit.h"
+#include "fitting/process_factory.h"
 #include "fitting/tracefit.h"
 
 #include "reporting/fit_report.h"

@@ -12,8 +12,9 @@
 #include "boundary.h"
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 #include "distributions/dist_process.h"
+#include "fitting/process_factory.h"
 #include "traces/trace.h"
 
 namespace velmora_python {

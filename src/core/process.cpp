@@ -2,7 +2,6 @@
 // factories, which reach up to every model class, are in process_factory.cpp.
 #include "core/process.h"
 
-#include "config/conf.h"
 #include "core/libvelmora_settings.h"
 
 namespace velmora {
@@ -15,15 +14,6 @@ std::string Process::getProcessTypeString() { return typeName; }
 
 void Process::setExactNumerics(bool exact) { exactNumerics = exact; }
 bool Process::hasExactNumerics() const { return exactNumerics; }
-
-bool read_numerics_element(XMLElement* element, const char* module) {
-    XMLElement* numerics = element != nullptr ? element->getChildElement("numerics") : nullptr;
-    if (numerics == nullptr) return false;
-    const std::string value = numerics->getValue();
-    if (value == "exact") return true;
-    if (value == "specified") return false;
-    throw Exception(module, __LINE__, "Invalid <numerics> element '" + value + "': it must be 'exact' or 'specified'.");
-}
 
 std::string numerics_element_text(bool exact) { return exact ? "<numerics>exact</numerics>\n" : ""; }
 

@@ -103,9 +103,6 @@ protected:
     bool exactNumerics = false;
 };
 
-// The <numerics> child of a model element: absent or "specified" gives
-// false, "exact" gives true; any other value throws from `module`.
-bool read_numerics_element(XMLElement* element, const char* module);
 // "<numerics>exact</numerics>\n" for exact numerics, else nothing.
 std::string numerics_element_text(bool exact);
 
@@ -126,9 +123,8 @@ void set_simulation_memory_budget(std::size_t bytes);
 // The number of values that fit into the budget, never more than the largest
 // count a trace can index.
 unsigned simulation_value_limit();
-
-Process* load_process(Config* config);
-Process* load_process(XMLConfig* document);
+// The budget as the messages give it: "N MiB (M values)".
+std::string simulation_budget_text();
 
 }  // namespace velmora
 

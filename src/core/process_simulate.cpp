@@ -1,6 +1,5 @@
-// The one generation loop of all processes: seed, then draw values into a new
-// trace until the stop criterion holds, within a memory budget, or hand them
-// on in blocks without keeping them.
+// The generation loop that hands values on in blocks without keeping them,
+// and the memory budget of the traces that simulate builds (trace_simulate.cpp).
 #include <unistd.h>
 
 #include <atomic>
@@ -12,7 +11,6 @@
 
 #include "core/libvelmora_settings.h"
 #include "core/process.h"
-#include "traces/trace.h"
 
 namespace velmora {
 
@@ -37,11 +35,6 @@ std::uint64_t availableMemory() {
     return memory;
 }
 
-std::string budgetText() {
-    const std::size_t budget = simulation_memory_budget();
-    return std::to_string(budget / (1024 * 1024)) + " MiB (" + std::to_string(simulation_value_limit()) + " values)";
-}
-
 }  // namespace
 
 std::size_t simulation_memory_budget() {
@@ -59,32 +52,9 @@ unsigned simulation_value_limit() {
     return static_cast<unsigned>(values < largest ? values : largest);
 }
 
-Trace* Process::simulate(int stop, unsigned observations, double time, unsigned seed) {
-    const unsigned limit = simulation_value_limit();
-    const bool byCount = stop == 0 || stop == 1;
-    const bool bySum = stop == 0 || stop == 2;
-    if (byCount && observations > limit)
-        throw Exception("process", __LINE__, "The number of observations exceeds the memory budget of " +
-                                                 budgetText() + ".");
-    initRandomNumberGeneration(seed);
-    // Held until the end, so that a failure while drawing frees what was built.
-    std::unique_ptr<Trace> trace(new Trace());
-    unsigned count = 0;
-    double sum = 0.0;
-    // Stop 1 counts, stop 2 sums, stop 0 needs both; the strict comparison
-    // makes a sum equal to `time` end the time test. A run by sum whose values
-    // never reach the time (zeros, a downward drift) ends at the budget, and
-    // the count, bounded by the limit, never wraps.
-    while ((byCount && count < observations) || (bySum && time > sum)) {
-        if (count == limit)
-            throw Exception("process", __LINE__, "The generated values exceed the memory budget of " +
-                                                     budgetText() + " before reaching the time limit.");
-        double x = getNextRandomVariate();
-        trace->appendElement(x);
-        ++count;
-        sum += x;
-    }
-    return trace.release();
+std::string simulation_budget_text() {
+    const std::size_t budget = simulation_memory_budget();
+    return std::to_string(budget / (1024 * 1024)) + " MiB (" + std::to_string(simulation_value_limit()) + " values)";
 }
 
 std::uint64_t Process::generate(int stop, std::uint64_t observations, double time, unsigned seed,

@@ -18,7 +18,6 @@
 #include "distributions/dist_gamma.h"
 #include "distributions/dist_hypoexponential.h"
 #include "distributions/dist_read.h"
-#include "markov/cph.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 #include "distributions/dist_exact.h"
@@ -69,10 +68,6 @@ void Erlang::paramCheck() {
     if (rate <= 0) throw Exception("dist", __LINE__, "Invalid rate for erlang distribution");
 }
 
-CPH Erlang::asCPH() {
-    checkPhases(phases);
-    return seriesChainsCPH({std::vector<double>(phases, rate)}, {1.0});
-}
 
 double Erlang::erlang_pdf(double x, unsigned phases, double rate) {
     checkStaticRate(rate);

@@ -23,7 +23,6 @@
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_hypoexponential.h"
 #include "distributions/dist_read.h"
-#include "markov/cph.h"
 #include "numerics/misc_math.h"
 #include "numerics/random.h"
 #include "distributions/dist_exact.h"
@@ -126,15 +125,6 @@ void HyperErlang::paramCheck() { checkParameters(phases, rates, probabilities); 
 // the branch's probability. The chains are built from the rates rather than
 // through Erlang objects, which would each seed a stream of their own; a
 // branch is refused exactly as its Erlang would refuse it.
-CPH HyperErlang::asCPH() {
-    std::vector<std::vector<double>> chains;
-    for (size_t i = 0; i < rates.size(); i++) {
-        if (rates[i] <= 0) throw Exception("dist", __LINE__, "Invalid rate for erlang distribution");
-        if (phases[i] == 0) throw Exception("dist", __LINE__, "Invalid number of phases for Erlang distribution.");
-        chains.emplace_back(phases[i], rates[i]);
-    }
-    return seriesChainsCPH(chains, probabilities);
-}
 
 // An Erlang that refuses its rate (0) leaves no object behind: the branches
 // are handed over only once all of them stand.

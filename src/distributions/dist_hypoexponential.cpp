@@ -14,7 +14,7 @@
 
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_read.h"
-#include "markov/cph.h"
+#include "numerics/misc_linalg.h"
 #include "numerics/matrix.h"
 #include "numerics/random.h"
 #include "distributions/dist_exact.h"
@@ -60,7 +60,7 @@ DistStats HypoExponential::getProperties(unsigned n) { return hypo_exponential_s
 
 void HypoExponential::paramCheck() { checkParameters(rates); }
 
-CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry) {
+SeriesChainsForm series_chains_form(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry) {
     unsigned long long total = 0;
     for (const std::vector<double>& chain : chains) total += chain.size();
     check_dense_order(total, "A phase-type form");
@@ -78,14 +78,7 @@ CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::v
         tau[offset] = entry[b];
         offset += m;
     }
-    return CPH(T, tau);
-}
-
-// A series without phases has no phase-type form.
-CPH HypoExponential::asCPH() {
-    if (rates.empty())
-        throw Exception("dist", __LINE__, "Hypo-Exponential distribution without phases has no phase-type form.");
-    return seriesChainsCPH({rates}, {1.0});
+    return {T, tau};
 }
 
 bool HypoExponential::hypo_exponential_check_params(const std::vector<double>& rates) {
@@ -135,7 +128,10 @@ DistStats HypoExponential::hypo_exponential_stats(const std::vector<double>& rat
     if (rates.empty())
         stats.moments.assign(n, 0.0);
     else if (n > 0)
-        stats.moments = seriesChainsCPH({rates}, {1.0}).getMoments(1, n);
+        {
+        const SeriesChainsForm form = series_chains_form({rates}, {1.0});
+        stats.moments = phase_type_moments(form.T, form.tau, 1, n);
+    }
     return stats;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "distributions/dist.h"
+#include "numerics/matrix.h"
 
 namespace velmora {
 
@@ -58,7 +59,11 @@ private:
 // The Erlang (one chain of equal rates), the hypo-exponential (one chain) and
 // the hyper-Erlang (one Erlang chain per branch) take their forms from here;
 // building it needs no family object, and so no stream.
-CPH seriesChainsCPH(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry);
+struct SeriesChainsForm {
+    Matrix T;
+    Vector tau;
+};
+SeriesChainsForm series_chains_form(const std::vector<std::vector<double>>& chains, const std::vector<double>& entry);
 
 }  // namespace velmora
 

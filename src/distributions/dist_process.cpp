@@ -2,7 +2,7 @@
 // forms, summary, moments, autocorrelations (0 beyond lag 0), sampled curves
 // and generation, all forwarded to the family.
 #include "distributions/dist_process.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <fstream>
 #include <sstream>

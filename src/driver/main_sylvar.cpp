@@ -10,6 +10,7 @@
 #include "core/misc_string.h"
 #include "core/output_file.h"
 #include "core/process.h"
+#include "fitting/process_factory.h"
 #include "traces/trace_replications.h"
 #include "traces/trace_stream.h"
 

@@ -320,9 +320,13 @@ Dist* fitChiSquare(const std::vector<double>& data) {
     const double n = static_cast<double>(data.size());
     const double m = mean(data), ml = meanLog(data);
     auto loglik = [&](double k) { return n * ((k / 2 - 1) * ml - m / 2 - k / 2 * std::log(2.0) - log_gamma(k / 2)); };
+    // Degrees of freedom are a 32-bit count; a mean beyond it has no fit.
+    if (!(m <= 4.0e9)) fail(__LINE__, "Chi-square fit: the mean " + number(m) + " is beyond 4e9 degrees of freedom.");
     const double start = std::max(1.0, std::round(m));
     double best = start, bestValue = loglik(start);
-    for (double k = std::max(1.0, start - 3); k <= start + 3; k += 1) {
+    for (int step = -3; step <= 3; ++step) {
+        const double k = start + step;
+        if (k < 1) continue;
         const double v = loglik(k);
         if (v > bestValue) {
             best = k;

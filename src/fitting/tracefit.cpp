@@ -1,4 +1,5 @@
 // The stages from a trace to a correlated model: marginal, model, classes.
+#include "fitting/process_factory.h"
 #include "fitting/tracefit.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "core/process.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 #include "distributions/dist.h"
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exponential.h"

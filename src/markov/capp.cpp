@@ -3,7 +3,7 @@
 // The pair probabilities of the paths, the autocorrelations and the joint
 // moments live in capp_correlation.cpp.
 #include "markov/capp.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <sstream>
 

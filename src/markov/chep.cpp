@@ -1,12 +1,12 @@
-// The CHEP process class: construction, the text forms, the summary, the
-// generator of both types and the autocorrelations; the type-2 integral per
-// pair of branches runs on the shared normal grid, with the straightforward
-// nested form beside it for comparison.
+// The CHEP process class: construction, text forms, summary, the generator of
+// both types and the autocorrelations; the type-2 integral per pair of branches
+// runs on the shared normal grid, beside the straightforward nested form.
 #include "markov/chep.h"
 
 #include <sstream>
 
 #include "config/conf.h"
+#include "config/process_files.h"
 #include "core/libvelmora_settings.h"
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_exact.h"

@@ -10,6 +10,7 @@
 #include "core/libvelmora_settings.h"
 #include "core/misc_string.h"
 #include "numerics/jump_chain.h"
+#include "numerics/misc_linalg.h"
 #include "numerics/misc_math.h"
 #include "numerics/misc_util.h"
 
@@ -89,15 +90,7 @@ std::string CPH::toString(format f) {
 // Moments
 
 std::vector<double> CPH::getMoments(unsigned first, unsigned last) const {
-    std::vector<double> result;
-    Matrix minusT = -T;
-    Vector ones(getOrder(), false, VECTOR_ONES);
-    for (unsigned long long i = first; i <= last; i++) {
-        Matrix power = minusT ^ -static_cast<int>(i);
-        double product = (tau * power * ones)[0][0];
-        result.push_back(static_cast<double>(fac(static_cast<unsigned long>(i))) * product);
-    }
-    return result;
+    return phase_type_moments(T, tau, first, last);
 }
 
 double CPH::getVariance() const {

@@ -4,7 +4,7 @@
 // starts in the phase vector pi of P, so that E[X^i] = i! pi M^i 1 and
 // E[X0^i X1^j] = i! j! pi M^i P M^j 1.
 #include "markov/mep.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <fstream>
 #include <sstream>

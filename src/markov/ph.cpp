@@ -2,7 +2,7 @@
 // writing through the class's own text forms, the summary, the uncorrelated
 // autocorrelations and the random stream.
 #include "markov/ph.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <fstream>
 #include <sstream>

@@ -300,4 +300,16 @@ std::vector<double> compute_reduced_moments(std::vector<double> m) {
     return compute_reduced_moments(Matrix(m, MATRIX_ROW)).getRow(0);
 }
 
+std::vector<double> phase_type_moments(const Matrix& T, const Vector& tau, unsigned first, unsigned last) {
+    std::vector<double> result;
+    Matrix minusT = -T;
+    Vector ones(T.getNumberRows(), false, VECTOR_ONES);
+    for (unsigned long long i = first; i <= last; i++) {
+        Matrix power = minusT ^ -static_cast<int>(i);
+        double product = (tau * power * ones)[0][0];
+        result.push_back(static_cast<double>(fac(static_cast<unsigned long>(i))) * product);
+    }
+    return result;
+}
+
 }  // namespace velmora

@@ -39,6 +39,10 @@ Matrix compute_steady_state_probability_vector(Matrix G, bool stochastic = false
 Matrix compute_reduced_moments(Matrix m);
 std::vector<double> compute_reduced_moments(std::vector<double> m);
 
+// The moments first..last of the phase-type distribution with generator T
+// and entry vector tau: i! tau (-T)^-i 1.
+std::vector<double> phase_type_moments(const Matrix& T, const Vector& tau, unsigned first, unsigned last);
+
 }  // namespace velmora
 
 #endif

@@ -1,5 +1,6 @@
 // The plotter object: its options, the loading of its processes from files,
 // their display names and the reading of a gnuplot template.
+#include "fitting/process_factory.h"
 #include "reporting/plotter.h"
 
 #include <fstream>

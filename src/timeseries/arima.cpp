@@ -2,7 +2,7 @@
 // forms, the summary and the operations the class does not offer. The
 // analysis and the generator live in arima_analysis.cpp.
 #include "timeseries/arima.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <cmath>
 #include <fstream>

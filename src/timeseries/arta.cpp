@@ -2,7 +2,7 @@
 // the summary, the marginal operations and the generator. The
 // autocorrelation mapping and its integration live in arta_integral.cpp.
 #include "timeseries/arta.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <fstream>
 #include <sstream>

@@ -4,7 +4,8 @@
 
 #include "config/conf.h"
 #include "core/process.h"
-#include "core/process_files.h"
+#include "config/process_files.h"
+#include "fitting/process_factory.h"
 #include "support/test_support.h"
 
 using namespace velmora;

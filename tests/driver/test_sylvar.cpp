@@ -4,6 +4,7 @@
 
 #include "config/conf.h"
 #include "core/process.h"
+#include "fitting/process_factory.h"
 #include "support/test_support.h"
 #include "traces/trace.h"
 

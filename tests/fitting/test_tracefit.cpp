@@ -5,6 +5,7 @@
 #include "core/process.h"
 #include "distributions/dist_hypererlang.h"
 #include "fitting/modelchoice.h"
+#include "fitting/process_factory.h"
 #include "fitting/tracefit.h"
 #include "markov/cph.h"
 #include "numerics/matrix.h"

@@ -3,6 +3,7 @@
 // traces against the analytic autocorrelations, and the refusals.
 
 #include "config/conf.h"
+#include "fitting/process_factory.h"
 #include "markov/capp.h"
 #include "markov_helpers.h"
 #include "timeseries/arima.h"

@@ -6,6 +6,7 @@
 #include "distributions/dist_erlang.h"
 #include "distributions/dist_hypererlang.h"
 #include "core/process.h"
+#include "fitting/process_factory.h"
 #include "markov/chep.h"
 #include "markov_helpers.h"
 #include "timeseries/arima.h"

@@ -3,8 +3,8 @@
 // and hands it to the class's own reader; `saveProcessFile` truncates the
 // file and writes the model's text, an XML text inside the document
 // envelope. The failures carry the class's own source name and message.
-#ifndef VELMORA_CORE_PROCESS_FILES_H
-#define VELMORA_CORE_PROCESS_FILES_H
+#ifndef VELMORA_CONFIG_PROCESS_FILES_H
+#define VELMORA_CONFIG_PROCESS_FILES_H
 
 #include <functional>
 #include <string>
@@ -34,6 +34,10 @@ std::string processFileText(Process& process, format f);
 // The format is checked by the model's toString, after the file has been
 // emptied and, for XML, the envelope opened.
 void saveProcessFile(Process& process, const std::string& file, format f, const char* module);
+
+// The <numerics> child of a model element: absent or "specified" gives
+// false, "exact" gives true; any other value throws from `module`.
+bool read_numerics_element(XMLElement* element, const char* module);
 
 }  // namespace velmora
 

@@ -1,9 +1,9 @@
-// The two model factories: the one place below the models that reaches up to
-// every model class. Which class a model file builds is decided by the first
-// tag (XML) or key (key-value) found, in the factories' fixed order.
+// The two model factories. Which class a model file builds is decided by the
+// first tag (XML) or key (key-value) found, in the factories' fixed order.
+#include "fitting/process_factory.h"
+
 #include "config/conf.h"
 #include "core/libvelmora_settings.h"
-#include "core/process.h"
 #include "distributions/dist_process.h"
 #include "markov/capp.h"
 #include "markov/chep.h"

@@ -1,4 +1,4 @@
-#include "core/process_files.h"
+#include "config/process_files.h"
 
 #include <fstream>
 
@@ -37,6 +37,15 @@ void saveProcessFile(Process& process, const std::string& file, format f, const 
     if (f == FORMAT_XML) out << kXmlHead;
     out << process.toString(f);
     if (f == FORMAT_XML) out << kXmlTail;
+}
+
+bool read_numerics_element(XMLElement* element, const char* module) {
+    XMLElement* numerics = element != nullptr ? element->getChildElement("numerics") : nullptr;
+    if (numerics == nullptr) return false;
+    const std::string value = numerics->getValue();
+    if (value == "exact") return true;
+    if (value == "specified") return false;
+    throw Exception(module, __LINE__, "Invalid <numerics> element '" + value + "': it must be 'exact' or 'specified'.");
 }
 
 }  // namespace velmora
