@@ -120,6 +120,14 @@ Assessment assess(Dist* d, const std::vector<double>& data);
 // divided by the count.
 std::array<double, 3> raw_moments(const std::vector<double>& data);
 
+// The Kolmogorov-Smirnov distance sup |F(x) - F_n(x)| of ascending data
+// from a model: cdf[k] is the model's distribution function at sorted[k]
+// (equal values have equal entries), and below[k], when given, its limit
+// from the left there (for a discrete model; a continuous one has none to
+// give). Each run of equal values is one step of F_n.
+double ks_distance(const std::vector<double>& sorted, const std::vector<double>& cdf,
+                   const std::vector<double>* below = nullptr);
+
 // Completes an assessment of `data` whose family, parameter count,
 // log-likelihood, KS distance and model moments are set: the count of
 // values, AIC, BIC and the data's raw moments. For models assessed outside

@@ -26,24 +26,37 @@ const double kMinusInf = -std::numeric_limits<double>::infinity();
 double kolmogorovSmirnov(Dist* d, std::vector<double> sorted) {
     if (!d->hasExactCDF()) return kNaN;
     std::sort(sorted.begin(), sorted.end());
+    std::vector<double> cdf(sorted.size()), below;
+    for (std::size_t k = 0; k < sorted.size(); ++k)
+        cdf[k] = k > 0 && sorted[k] == sorted[k - 1] ? cdf[k - 1] : d->exactCDF(sorted[k]);
+    if (!d->isDiscrete()) return ks_distance(sorted, cdf);
+    // Just below x a discrete model's function is its value at the previous
+    // double.
+    below.resize(sorted.size());
+    for (std::size_t k = 0; k < sorted.size(); ++k)
+        below[k] = k > 0 && sorted[k] == sorted[k - 1] ? below[k - 1]
+                                                        : d->exactCDF(std::nextafter(sorted[k], kMinusInf));
+    return ks_distance(sorted, cdf, &below);
+}
+
+}  // namespace
+
+double ks_distance(const std::vector<double>& sorted, const std::vector<double>& cdf,
+                   const std::vector<double>* below) {
     const double n = static_cast<double>(sorted.size());
     double dmax = 0;
     std::size_t i = 0;
     while (i < sorted.size()) {
         std::size_t j = i;
         while (j < sorted.size() && sorted[j] == sorted[i]) ++j;
-        const double x = sorted[i];
-        const double f = d->exactCDF(x);
-        // Just below x the empirical function is i/n; a discrete model's
-        // function there is its value at the previous double.
-        const double fLeft = d->isDiscrete() ? d->exactCDF(std::nextafter(x, kMinusInf)) : f;
-        dmax = std::max(dmax, std::max(std::fabs(f - static_cast<double>(j) / n), std::fabs(fLeft - static_cast<double>(i) / n)));
+        // Just below the step F_n is i/n, at it j/n.
+        const double f = cdf[i], fLeft = below != nullptr ? (*below)[i] : f;
+        dmax = std::max(dmax, std::max(std::fabs(f - static_cast<double>(j) / n),
+                                       std::fabs(fLeft - static_cast<double>(i) / n)));
         i = j;
     }
     return dmax;
 }
-
-}  // namespace
 
 unsigned parameter_count(Dist* d) {
     if (d == nullptr) fail(__LINE__, "No distribution to count parameters of.");

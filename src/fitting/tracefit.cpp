@@ -254,10 +254,10 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
 
     std::vector<double> sorted(data);
     std::sort(sorted.begin(), sorted.end());
-    const double count = static_cast<double>(sorted.size());
     distfit::Assessment a;
     a.family = "ph";
     double previous = 0;
+    std::vector<double> cdf(sorted.size());
     for (std::size_t k = 0; k < sorted.size(); ++k) {
         const double x = sorted[k];
         if (x > previous) {
@@ -272,9 +272,9 @@ distfit::Assessment tracefit_assess_ph(const CPH& ph, const std::vector<double>&
             survival += v(0, j);
         }
         a.logLikelihood += std::log(density);
-        const double F = 1 - survival;
-        a.ks = std::max(a.ks, std::max(F - k / count, (k + 1) / count - F));
+        cdf[k] = 1 - survival;
     }
+    a.ks = distfit::ks_distance(sorted, cdf);
     unsigned nonZero = 0;
     for (unsigned i = 0; i < n; ++i) {
         if (tau(i) != 0) ++nonZero;

@@ -7,6 +7,7 @@
 #define VELMORA_NUMERICS_MISC_MATH_H
 
 #include <cmath>
+#include <cstddef>
 
 namespace velmora {
 
@@ -28,6 +29,12 @@ double gamma_function(double x);
 // log |Gamma(x)|, the value of std::lgamma, without std::lgamma's write of
 // the sign to a global: fits on several threads call it at once.
 double log_gamma(double x);
+
+// out[k] = pow(x, k) for k = 2 .. count - 1, each equal bit for bit to
+// std::pow(x, double(k)), for the power sums of the trace statistics. Where
+// the processor has fused multiply-add, most powers come from an exact
+// product chain instead of the library's pow; see misc_math.cpp.
+void integer_powers(double x, double* out, std::size_t count);
 
 // B(a, b) = gamma_function(a) gamma_function(b) / gamma_function(a + b).
 double beta_function(double a, double b);

@@ -8,10 +8,11 @@
 // The results stay bit for bit those of the single statistics: each
 // accumulator still adds its terms in index order, and each term is the same
 // expression of the same operands.
-// The powers of the moments are library calls with the order as a run-time
-// double, as in the single statistics: a known order 2 would let the compiler
-// write x * x, which differs from the library's pow in the last bit for some
-// x (about one in a thousand). The variance's pow(d, 2.0), a constant order,
+// The powers of the moments are those of the library's pow with the order as
+// a run-time double, as in the single statistics: a known order 2 would let
+// the compiler write x * x, which differs from the library's pow in the last
+// bit for some x (about one in a thousand). integer_powers gives these same
+// bits, most of them without calling pow. The variance's pow(d, 2.0), a constant order,
 // is a product in both places alike. A build for a target with fused
 // multiply-add needs -ffp-contract=off to keep this, since the compiler
 // could fuse a product into its sum in one path and not in the other.
@@ -24,6 +25,7 @@
 #include <sstream>
 
 #include "core/libvelmora_settings.h"
+#include "numerics/misc_math.h"
 #include "traces/trace.h"
 
 namespace velmora {
@@ -55,14 +57,8 @@ void SummaryPasses::first(const double* x, std::size_t count) {
             power[1] = v;
             if (rawCount > 1) rawSum[1] += v;
         }
-        for (std::size_t k = 2; k < powerCount; ++k) {
-            // Through a volatile, the order stays unknown to the compiler even
-            // where the caller's orders are constants.
-            volatile double order = static_cast<double>(k);
-            const double p = std::pow(v, order);
-            power[k] = p;
-            if (k < rawCount) rawSum[k] += p;
-        }
+        integer_powers(v, power.data(), powerCount);
+        for (std::size_t k = 2; k < rawCount; ++k) rawSum[k] += power[k];
         if (n > 0)
             for (std::size_t i = 0; i < side; ++i)
                 for (std::size_t j = 0; j < side; ++j) jointSum[i * side + j] += previous[i] * power[j];

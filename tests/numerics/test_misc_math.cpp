@@ -1,6 +1,12 @@
-// Tests of the elementary scalar functions: rounding, the 32-bit factorial and
-// the three regimes of the gamma function.
+// Tests of the elementary scalar functions: rounding, the 32-bit factorial,
+// the three regimes of the gamma function and the integer powers.
 #include "numerics/misc_math.h"
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
 #include "support/test_support.h"
 
 using namespace velmora;
@@ -40,4 +46,33 @@ TEST(MiscMath, GammaFunctionIsExactOnlyAtIntegersAndHalfIntegers) {
     EXPECT_DOUBLE_EQ(beta_function(2.0, 3.0), 1.0 / 12.0);
     EXPECT_DOUBLE_EQ(beta_function(2.5, 1.5), 0.19634954084936207);
     EXPECT_DOUBLE_EQ(beta_function(1.7, 2.0), gamma_function(1.7) * 1.0 / gamma_function(3.7));
+}
+
+// integer_powers must give the library's pow to the last bit: the trace
+// summary's figures rest on it. Values of every magnitude and sign, the
+// integers and powers of two whose powers are exact, and the special values.
+TEST(MiscMath, IntegerPowersAreThoseOfTheLibrarysPow) {
+    std::mt19937_64 engine(42);
+    std::vector<double> xs = {0.0, -0.0, 1.0, -1.0, 2.0, 0.5, 3.0, -7.0, 1e-300, 1e300, 1e-170, 1e100, 4.9e-324,
+                              std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                              std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::max()};
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    std::uniform_int_distribution<int> exponent(-200, 200);
+    for (int i = 0; i < 100000; ++i) {
+        const double u = unit(engine);
+        xs.push_back(-std::log(1 - u));                                    // exponential values, as traces hold
+        xs.push_back((i % 2 ? -1 : 1) * std::ldexp(0.5 + u, exponent(engine)));  // any sign and scale
+    }
+    double out[9];
+    for (double x : xs) {
+        velmora::integer_powers(x, out, 9);
+        for (int k = 2; k < 9; ++k) {
+            volatile double order = k;
+            const double expected = std::pow(x, order);
+            if (std::isnan(expected))
+                EXPECT_TRUE(std::isnan(out[k])) << x << "^" << k;
+            else
+                ASSERT_EQ(out[k], expected) << std::hexfloat << x << "^" << k;
+        }
+    }
 }
