@@ -37,57 +37,68 @@ SummaryPasses::SummaryPasses(unsigned moments, unsigned jointMoments, unsigned l
       lags(lags),
       rawSum(rawCount, 0.0),
       jointSum(side * side, 0.0),
-      power(powerCount),
+      blockPowers(kBlock * powerCount),
       previous(powerCount) {}
 
 // First pass: extremes, the plain sum for the mean, the power sums, and the
-// joint sums of each pair (x[t - 1], x[t]) from the powers of both.
+// joint sums of each pair (x[t - 1], x[t]) from the powers of both. The
+// powers of a block of values are formed first and summed after: summing
+// each value's powers right after writing them would read them back before
+// the writes have settled, which costs more than forming them.
 void SummaryPasses::first(const double* x, std::size_t count) {
-    for (std::size_t t = 0; t < count; ++t) {
-        const double v = x[t];
-        if (n == 0) smallest = largest = v;
-        if (v < smallest) smallest = v;
-        if (v > largest) largest = v;
-        sum += v;
-        // pow(v, 0) is 1 for every v, and pow(v, 1) is v, the exact result
-        // being representable; the higher orders need the library's pow.
-        power[0] = 1.0;
-        rawSum[0] += 1.0;
-        if (powerCount > 1) {
-            power[1] = v;
-            if (rawCount > 1) rawSum[1] += v;
+    for (std::size_t start = 0; start < count; start += kBlock) {
+        const std::size_t m = std::min(kBlock, count - start);
+        for (std::size_t t = 0; t < m; ++t) {
+            // pow(v, 0) is 1 for every v, and pow(v, 1) is v, the exact result
+            // being representable; the higher orders need the library's pow.
+            double* const row = &blockPowers[t * powerCount];
+            row[0] = 1.0;
+            if (powerCount > 1) row[1] = x[start + t];
+            integer_powers(x[start + t], row, powerCount);
         }
-        integer_powers(v, power.data(), powerCount);
-        for (std::size_t k = 2; k < rawCount; ++k) rawSum[k] += power[k];
-        if (n > 0)
-            for (std::size_t i = 0; i < side; ++i)
-                for (std::size_t j = 0; j < side; ++j) jointSum[i * side + j] += previous[i] * power[j];
-        power.swap(previous);
-        ++n;
+        for (std::size_t t = 0; t < m; ++t) {
+            const double v = x[start + t];
+            const double* const power = &blockPowers[t * powerCount];
+            if (n == 0) smallest = largest = v;
+            if (v < smallest) smallest = v;
+            if (v > largest) largest = v;
+            sum += v;
+            for (std::size_t k = 0; k < rawCount; ++k) rawSum[k] += power[k];
+            if (n > 0) {
+                const double* const before = t > 0 ? power - powerCount : previous.data();
+                for (std::size_t i = 0; i < side; ++i)
+                    for (std::size_t j = 0; j < side; ++j) jointSum[i * side + j] += before[i] * power[j];
+            }
+            ++n;
+        }
+        std::copy(&blockPowers[(m - 1) * powerCount], &blockPowers[m * powerCount], previous.begin());
     }
 }
 
 // Second pass: squares and lagged products of the deviations. The product of
 // lag l is added when its later value arrives; each lag's sum still takes its
 // terms in the order of their earlier index. Lags at or beyond n have no
-// pairs and keep no sum.
+// pairs and keep no sum. The deviations of a block follow those of the last
+// `reach` values before it, so that every lag reads its partner in place.
 void SummaryPasses::second(const double* x, std::size_t count) {
     if (seen == 0) {
         mean = sum / static_cast<double>(n);
         reach = static_cast<std::size_t>(std::min<std::uint64_t>(lags, n - 1));
         lagSum.assign(reach + 1, 0.0);
-        recent.assign(reach + 1, 0.0);
+        recent.assign(reach + kBlock, 0.0);
     }
-    // recent[l - 1] is the deviation l values back.
-    double* const back = recent.data();
-    for (std::size_t t = 0; t < count; ++t, ++seen) {
-        const double d = x[t] - mean;
-        squares += std::pow(d, 2.0);
-        const std::size_t last = seen < reach ? static_cast<std::size_t>(seen) : reach;
-        lagSum[0] += d * d;
-        for (std::size_t l = 1; l <= last; ++l) lagSum[l] += back[l - 1] * d;
-        for (std::size_t l = reach; l > 1; --l) back[l - 1] = back[l - 2];
-        if (reach > 0) back[0] = d;
+    double* const deviation = recent.data() + reach;  // deviation[-l] is l values back
+    for (std::size_t start = 0; start < count; start += kBlock) {
+        const std::size_t m = std::min(kBlock, count - start);
+        for (std::size_t t = 0; t < m; ++t) deviation[t] = x[start + t] - mean;
+        for (std::size_t t = 0; t < m; ++t, ++seen) {
+            const double d = deviation[t];
+            squares += std::pow(d, 2.0);
+            const std::size_t last = seen < reach ? static_cast<std::size_t>(seen) : reach;
+            lagSum[0] += d * d;
+            for (std::size_t l = 1; l <= last; ++l) lagSum[l] += deviation[t - l] * d;
+        }
+        std::copy(recent.data() + m, recent.data() + m + reach, recent.data());
     }
 }
 

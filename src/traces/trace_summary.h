@@ -49,12 +49,13 @@ public:
     double average() const { return sum / static_cast<double>(n); }
 
 private:
+    static constexpr std::size_t kBlock = 64;  // values whose powers are formed together
     std::size_t rawCount, side, powerCount, lags;
-    std::vector<double> rawSum, jointSum, power, previous;
+    std::vector<double> rawSum, jointSum, blockPowers, previous;
     double smallest = 0.0, largest = 0.0, sum = 0.0, mean = 0.0, squares = 0.0;
     std::uint64_t n = 0, seen = 0;
     std::size_t reach = 0;
-    std::vector<double> lagSum, recent;  // recent: the last deviations, a ring
+    std::vector<double> lagSum, recent;  // recent: the last `reach` deviations, then a block
 };
 
 // The counts of values on a grid anchored at multiples of the width, from

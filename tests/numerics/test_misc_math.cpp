@@ -64,15 +64,18 @@ TEST(MiscMath, IntegerPowersAreThoseOfTheLibrarysPow) {
         xs.push_back((i % 2 ? -1 : 1) * std::ldexp(0.5 + u, exponent(engine)));  // any sign and scale
     }
     double out[9];
-    for (double x : xs) {
-        velmora::integer_powers(x, out, 9);
-        for (int k = 2; k < 9; ++k) {
-            volatile double order = k;
-            const double expected = std::pow(x, order);
-            if (std::isnan(expected))
-                EXPECT_TRUE(std::isnan(out[k])) << x << "^" << k;
-            else
-                ASSERT_EQ(out[k], expected) << std::hexfloat << x << "^" << k;
+    // Six is the summary's count, with a path of its own.
+    for (std::size_t count : {6, 9}) {
+        for (double x : xs) {
+            velmora::integer_powers(x, out, count);
+            for (int k = 2; k < static_cast<int>(count); ++k) {
+                volatile double order = k;
+                const double expected = std::pow(x, order);
+                if (std::isnan(expected))
+                    EXPECT_TRUE(std::isnan(out[k])) << x << "^" << k;
+                else
+                    ASSERT_EQ(out[k], expected) << std::hexfloat << x << "^" << k;
+            }
         }
     }
 }
