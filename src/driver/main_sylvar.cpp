@@ -105,6 +105,12 @@ int main(int argc, char** argv) {
 
         unsigned replications = 1, threads = 0;
         sylvar_load_replications(config.get(), replications, threads);
+        for (unsigned k = 1; replications > 1 && k <= replications; ++k) {
+            const std::string name = replication_trace_name(trace, k);
+            const std::string problem = output_file_refusal(name, {modelFile});
+            if (!problem.empty())
+                throw Exception("main_sylvar", __LINE__, "Cannot write the trace file '" + name + "': " + problem + ".");
+        }
         if (replications > 1) {
             // Each replication loads its own instance of the model, so that no
             // two threads draw from one object.

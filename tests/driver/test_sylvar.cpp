@@ -205,6 +205,12 @@ TEST(Sylvar, TheTraceIsWrittenToRegularFilesOnly) {
             << run.out;
     }
     EXPECT_EQ(readFile(model), readFile(modelPath("map.xml")));
+    // The file of a replication is checked as well: here the first is the model.
+    const std::string first = writeFile("rep_1.xml", readFile(modelPath("map.xml")));
+    SylvarRun run = runSylvar("-model=" + first + " -trace=" + tempPath("rep.xml") + " -replications=2");
+    EXPECT_NE(run.out.find("Cannot write the trace file '" + first + "': it is the input '" + first + "'."),
+              std::string::npos) << run.out;
+    EXPECT_EQ(readFile(first), readFile(modelPath("map.xml")));
     const std::string target = writeFile("link_target.txt", "");
     const std::string link = tempPath("trace_link.txt");
     std::remove(link.c_str());
