@@ -40,6 +40,7 @@ void CPH::load(Config* config) {
         throw Exception("cph", __LINE__, "Not a CPH.");
     T = config->getValueAsMatrix("T");
     tau = Vector(config->getValueAsMatrix("tau").getRow(0), true);
+    requirePhaseType("T", "tau");
 }
 
 void CPH::load(XMLConfig* document) {
@@ -58,11 +59,16 @@ void CPH::load(XMLElement* element) {
 
     T = square_matrix_from_list(d0->getValue());
     tau = Vector(Matrix(pi->getValue()).getRow(0), true);
-    // T a sub-generator within 1e-9, tau of finite non-negative entries.
-    std::string problem = generator_problem(T, nullptr, true, 1e-9, "d0", "");
+    requirePhaseType("d0", "pi");
+}
+
+// T a sub-generator within 1e-9, tau of finite non-negative entries; the
+// names are those of the file's parts.
+void CPH::requirePhaseType(const char* matrixName, const char* vectorName) const {
+    std::string problem = generator_problem(T, nullptr, true, 1e-9, matrixName, "");
     for (unsigned i = 0; problem.empty() && i < tau.getNumberEntries(); ++i)
         if (!(tau(i) >= 0) || !std::isfinite(tau(i)))
-            problem = "entry " + std::to_string(i + 1) + " of pi is " + velmora::toString(tau(i));
+            problem = "entry " + std::to_string(i + 1) + " of " + vectorName + " is " + velmora::toString(tau(i));
     if (!problem.empty())
         throw Exception("cph", __LINE__, "The ph element is no phase-type distribution: " + problem + ".");
 }

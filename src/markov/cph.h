@@ -103,6 +103,11 @@ public:
     // order 13); beyond this many entries, a few hundred megabytes, the form
     // stops with an Exception. Order 12 passes here as well.
     static constexpr std::size_t canonical_form_limit = std::size_t(1) << 21;
+
+private:
+    // Throws unless T is a sub-generator within 1e-9 and tau has finite
+    // non-negative entries, naming the parts as the file does.
+    void requirePhaseType(const char* matrixName, const char* vectorName) const;
 };
 
 }  // namespace velmora

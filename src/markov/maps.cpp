@@ -37,11 +37,18 @@ double scaleToOne(std::vector<double>& row, unsigned n) {
 
 MAP::MAP(Matrix d0, Matrix d1) : MEP(std::move(d0), std::move(d1)) { setIdentity(); }
 MAP::MAP(std::string file, format f) : MEP(file, f) { setIdentity(); }
-MAP::MAP(Config* config) : MEP(config) { setIdentity(); }
 // A MAP read from a file must be one: D0 + D1 a generator within 1e-9.
+MAP::MAP(Config* config) : MEP(config) {
+    setIdentity();
+    requireGenerator("D0", "D1");
+}
 MAP::MAP(XMLConfig* document) : MEP(document) {
     setIdentity();
-    const std::string problem = generator_problem(D0, &D1, false, 1e-9, "d0", "d1");
+    requireGenerator("d0", "d1");
+}
+
+void MAP::requireGenerator(const char* d0Name, const char* d1Name) const {
+    const std::string problem = generator_problem(D0, &D1, false, 1e-9, d0Name, d1Name);
     if (!problem.empty())
         throw Exception("maps", __LINE__, "The map element is no Markovian arrival process: " + problem + ".");
 }

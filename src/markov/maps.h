@@ -56,6 +56,9 @@ private:
     };
 
     void setIdentity();
+    // Throws unless D0 + D1 is a generator within 1e-9, naming the matrices
+    // as the file does.
+    void requireGenerator(const char* d0Name, const char* d1Name) const;
     // Per phase: the sojourn rate and the partial sums of the jump
     // probabilities, first the jumps without an event (j != s), then those
     // with an event (all j), each in ascending j; then which phases can

@@ -37,6 +37,11 @@ TEST(LoadProcessConfig, NeedsOneOfItsKeysAndAnExactModelName) {
         {{{"paramfile", writeFile("nomodel.txt", "seed = 3\n")}}, "conf: Key model does not exist.", nullptr},
         {{{"model", "unknown-model"}, {"paramfile", writeFile("pf.txt", "model = map\n")}},
          "process: Error loading model.", "unknown-model"},
+        // Key-value matrices are checked as the XML ones are.
+        {{{"model", writeFile("badmap.txt", "model = map\nD0 = -3 1\n0 -2\nD1 = 1 0\n1 1\n")}},
+         "maps: The map element is no Markovian arrival process: row 1 of D0 + D1 sums to -1.", "map"},
+        {{{"model", writeFile("badph.txt", "model = cph\nT = -1 2\n0 -1\ntau = 1 0\n")}},
+         "cph: The ph element is no phase-type distribution: row 1 of T sums to 1.", "cph"},
     };
     for (const auto& c : cases) {
         Config config;
