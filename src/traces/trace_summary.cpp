@@ -92,11 +92,12 @@ void SummaryPasses::second(const double* x, std::size_t count) {
         const std::size_t m = std::min(kBlock, count - start);
         for (std::size_t t = 0; t < m; ++t) deviation[t] = x[start + t] - mean;
         for (std::size_t t = 0; t < m; ++t, ++seen) {
-            const double d = deviation[t];
+            const double* const here = deviation + t;  // partners lie up to `reach` before it
+            const double d = *here;
             squares += std::pow(d, 2.0);
             const std::size_t last = seen < reach ? static_cast<std::size_t>(seen) : reach;
             lagSum[0] += d * d;
-            for (std::size_t l = 1; l <= last; ++l) lagSum[l] += deviation[t - l] * d;
+            for (std::size_t l = 1; l <= last; ++l) lagSum[l] += *(here - l) * d;
         }
         std::copy(recent.data() + m, recent.data() + m + reach, recent.data());
     }
