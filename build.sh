@@ -4,10 +4,12 @@
 #   bash build.sh test      build with warnings as errors and run every test
 #   bash build.sh python    build the Python module and run its tests only
 #   bash build.sh tsan      build the fitting tests under ThreadSanitizer and run the concurrent fits
-#   bash build.sh fuzz [SECONDS]  build the fuzz targets with clang, replay the
-#                           corpus in fuzz/corpus, then fuzz each target for
-#                           SECONDS (default 60); fails on a crash, a leak, a
-#                           run over 10 s or over 2 GB
+#   bash build.sh fuzz [SECONDS [SEED]]  build the fuzz targets with clang,
+#                           replay the corpus in fuzz/corpus, then fuzz each
+#                           target for SECONDS (default 60), from SEED when
+#                           given (the same seed explores the same inputs in the
+#                           same order); fails on a crash, a leak, a run over
+#                           10 s or over 2 GB
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -71,6 +73,8 @@ tsan)
     ;;
 fuzz)
     seconds="${2:-60}"
+    seed=""
+    [ -n "${3:-}" ] && seed="-seed=$3"
     cmake -S . -B build-fuzz $launcher -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
         -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" \
         -DVELMORA_FUZZ=ON -DVELMORA_TESTS=OFF -DVELMORA_PYTHON=OFF >/dev/null
@@ -86,12 +90,12 @@ fuzz)
         work="build-fuzz/corpus/$target"
         mkdir -p "$work"
         echo "== fuzz_$target: fuzzing for $seconds s"
-        "$binary" $limits -max_total_time="$seconds" -print_final_stats=1 \
+        "$binary" $limits $seed -max_total_time="$seconds" -print_final_stats=1 \
             -artifact_prefix=build-fuzz/artifacts/ "$work" fuzz/corpus/"$target"
     done
     ;;
 *)
-    echo "usage: bash build.sh [example|test|python|sanitize|tsan|fuzz [SECONDS]]" >&2
+    echo "usage: bash build.sh [example|test|python|sanitize|tsan|fuzz [SECONDS [SEED]]]" >&2
     exit 2
     ;;
 esac
